@@ -1,0 +1,6 @@
+// The platform layer: Linux stand-ins for the platform services the design speaks of.
+// No Talmo knowledge lives here. Other folders include only this header.
+#pragma once
+
+#include "platform/values.h"
+#include "platform/plist.h"
