@@ -3,9 +3,16 @@
 # header is included as "folder/folder.h".
 function(talmo_module name)
   cmake_parse_arguments(M "" "" "SOURCES;LIBS" ${ARGN})
-  add_library(talmo_${name} STATIC ${M_SOURCES})
-  target_include_directories(talmo_${name} PUBLIC ${PROJECT_SOURCE_DIR})
-  target_link_libraries(talmo_${name} PUBLIC ${M_LIBS})
+  if(M_SOURCES)
+    add_library(talmo_${name} STATIC ${M_SOURCES})
+    target_include_directories(talmo_${name} PUBLIC ${PROJECT_SOURCE_DIR})
+    target_link_libraries(talmo_${name} PUBLIC ${M_LIBS})
+  else()
+    # A folder whose sources have not landed yet: headers only.
+    add_library(talmo_${name} INTERFACE)
+    target_include_directories(talmo_${name} INTERFACE ${PROJECT_SOURCE_DIR})
+    target_link_libraries(talmo_${name} INTERFACE ${M_LIBS})
+  endif()
 endfunction()
 
 # talmo_test(<module> SOURCES ... [LIBS ...])

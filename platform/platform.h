@@ -4,3 +4,4 @@
 
 #include "platform/values.h"
 #include "platform/plist.h"
+#include "platform/status.h"

@@ -1,0 +1,9 @@
+# What each model folder links: the one-way dependency rule, written down once.
+# platform <- settings <- ticket <- {tpif, device, paperlib, marking}
+set(TALMO_settings_LIBS talmo_platform)
+set(TALMO_plugin_LIBS talmo_settings)
+set(TALMO_ticket_LIBS talmo_settings)
+set(TALMO_tpif_LIBS talmo_ticket talmo_device)
+set(TALMO_device_LIBS talmo_ticket Cups::Cups)
+set(TALMO_paperlib_LIBS talmo_ticket Cups::Cups)
+set(TALMO_marking_LIBS talmo_ticket)

@@ -1,0 +1,8 @@
+// Ticket access, setting maps and their tables, and the user preferences store.
+// Other folders include only this header.
+#pragma once
+
+#include "platform/platform.h"
+#include "settings/prefs.h"
+#include "settings/ticket-access.h"
+#include "settings/maps.h"
