@@ -1,0 +1,374 @@
+#include "ticket/ticket.h"
+
+#include <gtest/gtest.h>
+#include <unicode/uloc.h>
+
+#include <map>
+
+using namespace talmo;
+
+namespace {
+
+_IS_Options inchRecord(int32_t option, int32_t x1, int32_t y1 = 0, int32_t x2 = 0, int32_t y2 = 0)
+{
+    _IS_Options o;
+    o.option = option;
+    o.x1 = x1;
+    o.y1 = y1;
+    o.x2 = x2;
+    o.y2 = y2;
+    return o;
+}
+
+_IS_Options readBack(const pl::DictPtr& d)
+{
+    _IS_Options o;
+    o.valid = 0;
+    EXPECT_EQ(ImageShiftSetOptionsFromTicket(&o, d), noErr);
+    return o;
+}
+
+std::vector<std::string> keysOf(const pl::DictPtr& d)
+{
+    std::vector<std::string> keys;
+    for (const auto& [k, v] : *d)
+        keys.push_back(k);
+    return keys;
+}
+
+TEST(ImageShiftTicket, WritesEveryKeyInOrderInHundredthsOfAMillimetre)
+{
+    _IS_Options o = inchRecord(kImageShiftMirrorX, 100, -50, 3, 1299);
+    auto d = ImageShiftCreateTicketFromOptions(&o, 4);
+    ASSERT_TRUE(d);
+    EXPECT_EQ(keysOf(d), (std::vector<std::string>{"Option", "Inches", "FullPrecision", "X1", "Y1", "X2", "Y2"}));
+    EXPECT_EQ(d->getInt("Option"), 3);
+    EXPECT_EQ(d->getInt("Inches"), 1);
+    EXPECT_EQ(d->getBool("FullPrecision"), true);
+    EXPECT_EQ(d->getInt("X1"), 2540);
+    EXPECT_EQ(d->getInt("Y1"), -1270);
+    EXPECT_EQ(d->getInt("X2"), 76);     // 76.2 rounds down
+    EXPECT_EQ(d->getInt("Y2"), 32995);  // 32994.6 rounds up
+
+    o.inches = 7;  // any non-zero unit flag is inch mode and is written as 1
+    EXPECT_EQ(ImageShiftCreateTicketFromOptions(&o, 0)->getInt("Inches"), 1);
+
+    o.inches = 0;
+    o.x1 = -4880;
+    d = ImageShiftCreateTicketFromOptions(&o, 0);
+    EXPECT_EQ(d->getInt("Inches"), 0);
+    EXPECT_EQ(d->getInt("X1"), -48800);
+}
+
+TEST(ImageShiftTicket, NoDictionaryWithoutARecordAValidFlagOrAMode)
+{
+    EXPECT_FALSE(ImageShiftCreateTicketFromOptions(nullptr, 0));
+    _IS_Options unset = inchRecord(kNotSet, 100);
+    EXPECT_FALSE(ImageShiftCreateTicketFromOptions(&unset, 0));
+    _IS_Options invalid = inchRecord(kImageShiftIndependent, 100);
+    invalid.valid = 0;
+    EXPECT_FALSE(ImageShiftCreateTicketFromOptions(&invalid, 0));
+}
+
+// Writing rounds and reading truncates, in both signs.
+TEST(ImageShiftTicket, RoundTripRoundsOnWriteAndTruncatesOnRead)
+{
+    struct Case {
+        int32_t inches, value, stored, readBack;
+    } cases[] = {
+        {1, 100, 2540, 100}, {1, 1, 25, 0},     {1, 3, 76, 2},        {1, 5, 127, 5},        {1, -1, -25, 0},
+        {1, -3, -76, -2},    {1, 1921, 48793, 1920}, {1, -1299, -32995, -1299}, {0, 15, 150, 15}, {0, -4880, -48800, -4880},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << "inches " << c.inches << " value " << c.value);
+        _IS_Options o = inchRecord(kImageShiftIndependent, c.value, c.value, c.value, c.value);
+        o.inches = c.inches;
+        auto d = ImageShiftCreateTicketFromOptions(&o, 0);
+        ASSERT_TRUE(d);
+        EXPECT_EQ(d->getInt("X1"), c.stored);
+        const _IS_Options r = readBack(d);
+        EXPECT_EQ(r.x1, c.readBack);
+        EXPECT_EQ(r.y1, c.readBack);
+        EXPECT_EQ(r.x2, c.readBack);
+        EXPECT_EQ(r.y2, c.readBack);
+        EXPECT_EQ(r.inches, c.inches);
+        EXPECT_EQ(r.option, kImageShiftIndependent);
+    }
+}
+
+TEST(ImageShiftTicket, EveryMultipleOfFiveHundredthsOfAnInchSurvives)
+{
+    for (int32_t v = -1920; v <= 1920; v += 5) {
+        _IS_Options o = inchRecord(kImageShiftIndependent, v);
+        ASSERT_EQ(readBack(ImageShiftCreateTicketFromOptions(&o, 0)).x1, v) << v;
+    }
+}
+
+TEST(ImageShiftTicket, ReadRules)
+{
+    // Without "FullPrecision" values are taken in the record's own unit, as older tickets hold.
+    auto old = pl::makeDict();
+    old->setInt("Option", 1);
+    old->setInt("X1", 2540);
+    _IS_Options r = readBack(old);
+    EXPECT_EQ(r.x1, 2540);
+    EXPECT_EQ(r.inches, 1);  // no "Inches": inch mode
+    EXPECT_EQ(r.valid, 1);
+
+    // "FullPrecision" false is the same as absent.
+    old->setBool("FullPrecision", false);
+    EXPECT_EQ(readBack(old).x1, 2540);
+
+    // Millimetre mode divides by 10 truncating toward zero.
+    auto mm = pl::makeDict();
+    mm->setInt("Option", 5);
+    mm->setInt("Inches", 0);
+    mm->setBool("FullPrecision", true);
+    mm->setInt("X1", -159);
+    mm->setInt("Y2", 159);
+    r = readBack(mm);
+    EXPECT_EQ(r.inches, 0);
+    EXPECT_EQ(r.x1, -15);
+    EXPECT_EQ(r.y2, 15);
+    EXPECT_EQ(r.y1, 0);  // absent values are 0
+
+    // A negative unit flag is millimetre mode ("Inches" > 0 decides).
+    mm->setInt("Inches", -1);
+    EXPECT_EQ(readBack(mm).inches, 0);
+}
+
+TEST(ImageShiftTicket, NullOrWrongTypedValuesReadAsAbsent)
+{
+    _IS_Options r = readBack(nullptr);
+    _IS_Options expected;
+    EXPECT_EQ(r, expected);
+
+    auto bad = pl::makeDict();
+    bad->setString("Option", "3");
+    bad->setString("Inches", "0");
+    bad->setInt("FullPrecision", 1);  // only a boolean true converts
+    bad->setString("X1", "100");
+    bad->setInt("Y1", int64_t(INT32_MAX) + 1);  // does not fit the field
+    bad->set("X2", pl::makeArray());
+    bad->setReal("Y2", 2540.0);  // an integral real is a number
+    r = readBack(bad);
+    EXPECT_EQ(r.option, kNotSet);
+    EXPECT_EQ(r.inches, 1);
+    EXPECT_EQ(r.x1, 0);
+    EXPECT_EQ(r.y1, 0);
+    EXPECT_EQ(r.x2, 0);
+    EXPECT_EQ(r.y2, 2540);
+
+    EXPECT_EQ(ImageShiftSetOptionsFromTicket(nullptr, bad), paramErr);
+}
+
+TEST(ImageShiftTicket, HostileValuesNeitherOverflowNorWrap)
+{
+    _IS_Options o = inchRecord(kImageShiftIndependent, INT32_MAX, INT32_MIN, -1, 1);
+    auto d = ImageShiftCreateTicketFromOptions(&o, 0);
+    EXPECT_EQ(d->getInt("X1"), INT32_MAX);
+    EXPECT_EQ(d->getInt("Y1"), INT32_MIN);
+    o.inches = 0;
+    d = ImageShiftCreateTicketFromOptions(&o, 0);
+    EXPECT_EQ(d->getInt("X1"), INT32_MAX);
+    EXPECT_EQ(d->getInt("Y1"), INT32_MIN);
+    EXPECT_EQ(d->getInt("X2"), -10);
+}
+
+TEST(ImageShiftInit, SetsTheInitialValues)
+{
+    _IS_Options o{1, 2, 3, 4, 5, 0, 6, 7, 8, 9};
+    ASSERT_EQ(ImageShiftInitialize(&o), noErr);
+    EXPECT_EQ(o, (_IS_Options{1, 1, kNotSet, kNotSet, 0, 1, 0, 0, 0, 0}));
+    EXPECT_EQ(ImageShiftInitialize(nullptr), paramErr);
+}
+
+// Side 1 is x1 = 50, y1 = -20; side 2 starts at 7, 9 so "free" and "unchanged" show.
+TEST(ImageShiftRule, SideTwoFollowsSideOneByMode)
+{
+    struct Case {
+        int32_t mode, x2, y2;
+        bool x1Editable, x2Editable, y2Editable;
+    } cases[] = {
+        {kNotSet, 7, 9, false, false, false},
+        {1, 7, 9, true, true, true},
+        {2, -50, 20, true, false, false},
+        {3, -50, 9, true, false, true},
+        {4, 7, 20, true, true, false},
+        {5, -50, 20, true, false, false},
+        {6, -50, -20, true, false, false},
+        {7, 50, 20, true, false, false},
+        {8, 50, 9, true, false, true},
+        {9, 7, -20, true, true, false},
+        {10, 50, -20, true, false, false},
+        {11, 7, 9, false, false, false},  // unknown modes act as unset
+        {0, 7, 9, false, false, false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << "mode " << c.mode);
+        const ImageShiftSide2 r = ImageShiftSide2Rule(c.mode, 2, 50, -20, 7, 9);
+        EXPECT_EQ(r.x2, c.x2);
+        EXPECT_EQ(r.y2, c.y2);
+        EXPECT_EQ(r.x1Editable, c.x1Editable);
+        EXPECT_EQ(r.x2Editable, c.x2Editable);
+        EXPECT_EQ(r.y2Editable, c.y2Editable);
+    }
+}
+
+TEST(ImageShiftRule, OneSidedJobLocksSideTwoOnlyInIndependentMode)
+{
+    ImageShiftSide2 r = ImageShiftSide2Rule(kImageShiftIndependent, 1, 50, -20, 7, 9);
+    EXPECT_TRUE(r.x1Editable);
+    EXPECT_FALSE(r.x2Editable);
+    EXPECT_FALSE(r.y2Editable);
+    r = ImageShiftSide2Rule(kImageShiftMirrorX, 1, 50, -20, 7, 9);
+    EXPECT_TRUE(r.y2Editable);
+}
+
+TEST(ImageShiftRule, MirroringTheLeastValueSaturates)
+{
+    const ImageShiftSide2 r = ImageShiftSide2Rule(kImageShiftMirrorBoth, 2, INT32_MIN, INT32_MAX, 0, 0);
+    EXPECT_EQ(r.x2, INT32_MAX);
+    EXPECT_EQ(r.y2, -INT32_MAX);
+}
+
+TEST(ImageShiftUnits, ConvertsRoundingHalfAwayFromZero)
+{
+    struct Case {
+        int32_t value;
+        bool toInches;
+        int32_t expected;
+    } cases[] = {
+        {100, false, 254}, {254, true, 100},  {1921, false, 4879}, {4880, true, 1921}, {25, false, 64},
+        {-25, false, -64}, {1, false, 3},     {-1, false, -3},     {1, true, 0},       {2, true, 1},
+        {-2, true, -1},    {0, true, 0},      {INT32_MAX, false, INT32_MAX},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(ImageShiftConvertUnit(c.value, c.toInches), c.expected) << c.value << (c.toInches ? " to in" : " to mm");
+}
+
+TEST(ImageShiftUnits, SwitchConvertsClampsAndReappliesTheRule)
+{
+    _IS_Options o = inchRecord(kImageShiftTandemBoth, 100, -1299, 0, 0);
+    ImageShiftSwitchUnits(o, false);
+    EXPECT_EQ(o.inches, 0);
+    EXPECT_EQ(o.x1, 254);
+    EXPECT_EQ(o.y1, -3299);
+    EXPECT_EQ(o.x2, 254);  // tandem: side 2 follows
+    EXPECT_EQ(o.y2, -3299);
+
+    ImageShiftSwitchUnits(o, false);  // same unit: nothing changes
+    EXPECT_EQ(o.x1, 254);
+
+    o.x1 = 4880;
+    o.y1 = 3300;
+    ImageShiftSwitchUnits(o, true);
+    EXPECT_EQ(o.x1, 1921);
+    EXPECT_EQ(o.y1, 1299);  // 1299.2 rounds inside the range
+
+    _IS_Options wild = inchRecord(kImageShiftIndependent, 0, 0, 0, 0);
+    wild.inches = 0;
+    wild.x2 = 20000;
+    ImageShiftSwitchUnits(wild, true);
+    EXPECT_EQ(wild.x2, 1921);  // held inside the new range
+}
+
+class ImageShiftSummaryTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        UErrorCode status = U_ZERO_ERROR;
+        saved_ = uloc_getDefault();
+        uloc_setDefault("en_US", &status);
+    }
+    void TearDown() override
+    {
+        UErrorCode status = U_ZERO_ERROR;
+        uloc_setDefault(saved_.c_str(), &status);
+    }
+    static std::string label(std::string_view key)
+    {
+        static const std::map<std::string, std::string, std::less<>> table = {
+            {"PrinterDefault", "Printer default"}, {"UseJobSetting", "Job setting"},
+            {"Side 1:", "S1:"}, {"Side 2:", "S2:"}, {":", "="},
+            {"Inch abbreviation", "in"}, {"Millimeter abbreviation", "mm"},
+        };
+        auto it = table.find(key);
+        return it == table.end() ? "STRING NOT FOUND" : it->second;
+    }
+    std::string saved_;
+};
+
+TEST_F(ImageShiftSummaryTest, UnsetShowsTheDefaultOfTheContext)
+{
+    _IS_Options o;
+    EXPECT_EQ(GenerateImageShiftSummary(o, 0, label), "Printer default");
+    EXPECT_EQ(GenerateImageShiftSummary(o, 4, label), "Job setting");
+    o.option = kImageShiftIndependent;
+    o.valid = 0;
+    EXPECT_EQ(GenerateImageShiftSummary(o, 4, label), "Job setting");
+}
+
+TEST_F(ImageShiftSummaryTest, ShowsBothSidesWithUnitsAndDecimals)
+{
+    _IS_Options o = inchRecord(kImageShiftMirrorX, 125, -5, -125, 1299);
+    EXPECT_EQ(GenerateImageShiftSummary(o, 0, label), "S1: X=1.25 in, Y=-0.05 in\nS2: X=-1.25 in, Y=12.99 in");
+    o.inches = 0;
+    o.x1 = 4880;
+    o.y1 = 0;
+    o.x2 = -15;
+    o.y2 = 7;
+    EXPECT_EQ(GenerateImageShiftSummary(o, 4, label), "S1: X=488.0 mm, Y=0.0 mm\nS2: X=-1.5 mm, Y=0.7 mm");
+}
+
+TEST(ImageShiftSync, WritesTheJobDictionaryOnlyWhenThereIsOne)
+{
+    auto items = pl::makeDict();
+    _IS_Options o = inchRecord(kImageShiftTandemX, 100);
+    ASSERT_EQ(ImageShiftSync(&o, kImageShiftSyncToTicket, items), noErr);
+    auto d = items->getDict(kImageShiftOptionsJobKey);
+    ASSERT_TRUE(d);
+    EXPECT_EQ(d->getInt("X1"), 2540);
+
+    // An unset mode writes nothing and leaves the older value in place.
+    _IS_Options unset;
+    ASSERT_EQ(ImageShiftSync(&unset, kImageShiftSyncToTicket, items), noErr);
+    EXPECT_EQ(items->getDict(kImageShiftOptionsJobKey), d);
+}
+
+TEST(ImageShiftSync, ReadsOptionsStockSizeAndDuplex)
+{
+    auto items = pl::makeDict();
+    _IS_Options source = inchRecord(kImageShiftMirrorY, 40, 30);
+    items->set(kImageShiftOptionsJobKey, ImageShiftCreateTicketFromOptions(&source, 0));
+    auto stock = pl::makeDict();
+    stock->setInt("Size", 4);
+    items->set("com.talmo.print.JobLevelStock", stock);
+    items->setInt("com.talmo.print.FinishingDuplex", 1);
+
+    _IS_Options o;
+    ASSERT_EQ(ImageShiftSync(&o, kImageShiftSyncFromTicket, items), noErr);
+    EXPECT_EQ(o.option, kImageShiftMirrorY);
+    EXPECT_EQ(o.x1, 40);
+    EXPECT_EQ(o.y1, 30);
+    EXPECT_EQ(o.stockSize, 4);
+    EXPECT_EQ(o.duplex, 1);
+
+    // A stock without a size is the default stock: size unset. Without the keys, the copies
+    // keep what the record held.
+    items->set("com.talmo.print.JobLevelStock", pl::makeDict());
+    ASSERT_EQ(ImageShiftSync(&o, kImageShiftSyncFromTicket, items), noErr);
+    EXPECT_EQ(o.stockSize, kNotSet);
+
+    _IS_Options fresh;
+    ASSERT_EQ(ImageShiftSync(&fresh, kImageShiftSyncFromTicket, pl::makeDict()), noErr);
+    EXPECT_EQ(fresh.stockSize, 1);
+    EXPECT_EQ(fresh.duplex, kNotSet);
+    EXPECT_EQ(fresh.option, kNotSet);
+
+    EXPECT_EQ(ImageShiftSync(&o, 2, items), paramErr);
+    EXPECT_EQ(ImageShiftSync(nullptr, kImageShiftSyncFromTicket, items), paramErr);
+    EXPECT_EQ(ImageShiftSync(&o, kImageShiftSyncFromTicket, nullptr), paramErr);
+}
+
+} // namespace
