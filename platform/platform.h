@@ -2,6 +2,7 @@
 // No Talmo knowledge lives here. Other folders include only this header.
 #pragma once
 
+#include "platform/atomic-file.h"
 #include "platform/values.h"
 #include "platform/plist.h"
 #include "platform/status.h"

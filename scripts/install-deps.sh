@@ -4,7 +4,7 @@ set -eu
 PKGS="build-essential cmake ninja-build ccache pkg-config clang libclang-rt-14-dev
  libcups2-dev cups-ipp-utils cups-ppdc libxml2-dev libxml2-utils libicu-dev uuid-dev
  googletest libgtest-dev libgmock-dev libbenchmark-dev
- libplist-utils
+ libplist-dev libplist-utils
  libfontconfig-dev libharfbuzz-dev libcairo2-dev libpango1.0-dev fonts-dejavu-core
  ghostscript poppler-utils"
 missing=""

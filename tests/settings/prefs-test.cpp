@@ -1,0 +1,226 @@
+#include "tests/settings/prefs-fixture.h"
+
+#include <sys/stat.h>
+
+#include <filesystem>
+
+namespace talmo {
+namespace {
+
+using test::PrefsHome;
+
+const char* kInputHistory = "com.talmo.print.inputhistory.plist";
+
+mode_t modeOf(const std::string& path)
+{
+    struct stat st;
+    return ::stat(path.c_str(), &st) == 0 ? (st.st_mode & 07777) : 0;
+}
+
+class Prefs : public PrefsHome {};
+
+// --- Folder mapping ---
+
+TEST_F(Prefs, MakerFolderIsCreatedPrivateOnFirstUse)
+{
+    // Neither the data home nor "Talmo" exist yet: both are made, owner-only.
+    ASSERT_FALSE(std::filesystem::exists(dataHome()));
+    auto url = CopyPreferenceFileURL("com.talmo.printing.watermarks.plist");
+    ASSERT_TRUE(url);
+    EXPECT_EQ(*url, dataHome() + "/Talmo/com.talmo.printing.watermarks.plist");
+    EXPECT_TRUE(std::filesystem::is_directory(dataHome() + "/Talmo"));
+    EXPECT_EQ(modeOf(dataHome() + "/Talmo"), 0700u);
+    EXPECT_FALSE(std::filesystem::exists(*url)); // the folder only, never the file
+}
+
+TEST_F(Prefs, FoldersFallBackToHomeWhenVariablesAreUnsetOrRelative)
+{
+    const std::string home = root_ + "/home";
+    struct Case {
+        const char* configHome; // null: unset
+        const char* dataHome;
+        std::string userFile;
+        std::string sharedFile;
+    };
+    const Case cases[] = {
+        {nullptr, nullptr, home + "/.config/talmo/f.plist", home + "/.local/share/Talmo/f.plist"},
+        {"relative/cfg", "", home + "/.config/talmo/f.plist", home + "/.local/share/Talmo/f.plist"},
+        {"/abs/cfg", nullptr, "/abs/cfg/talmo/f.plist", home + "/.local/share/Talmo/f.plist"},
+    };
+    for (const auto& c : cases) {
+        c.configHome ? ::setenv("XDG_CONFIG_HOME", c.configHome, 1) : ::unsetenv("XDG_CONFIG_HOME");
+        c.dataHome ? ::setenv("XDG_DATA_HOME", c.dataHome, 1) : ::unsetenv("XDG_DATA_HOME");
+        EXPECT_EQ(CopyUserPreferencesPath("f.plist"), c.userFile);
+        EXPECT_EQ(CopyPreferenceFileURL("f.plist"), c.sharedFile);
+    }
+}
+
+TEST_F(Prefs, FileNamesThatLeaveTheFolderAreRefused)
+{
+    for (const char* bad : {"", ".", "..", "../escape.plist", "sub/file.plist", "/etc/passwd"}) {
+        EXPECT_FALSE(CopyPreferenceFileURL(bad)) << bad;
+        EXPECT_FALSE(CopyUserPreferencesPath(bad)) << bad;
+        EXPECT_FALSE(CopySharedDefaultsPath(bad)) << bad;
+        EXPECT_EQ(CopyXMLData(bad), nullptr) << bad;
+        EXPECT_EQ(CopyUserPreferences(bad), nullptr) << bad;
+        testing::internal::CaptureStderr();
+        EXPECT_FALSE(WriteUserPreferences(bad, pl::makeDict())) << bad;
+        testing::internal::GetCapturedStderr();
+    }
+}
+
+TEST_F(Prefs, SharedDefaultsPreferTheMakerFolderThenDataDirsInOrder)
+{
+    const std::string name = "TalmoFeatures.plist";
+    EXPECT_FALSE(CopySharedDefaultsPath(name));
+    writeRaw(root_ + "/sys2/talmo/" + name, "two");
+    EXPECT_EQ(CopySharedDefaultsPath(name), root_ + "/sys2/talmo/" + name);
+    writeRaw(root_ + "/sys1/talmo/" + name, "one");
+    EXPECT_EQ(CopySharedDefaultsPath(name), root_ + "/sys1/talmo/" + name);
+    writeRaw(dataHome() + "/Talmo/" + name, "mine");
+    EXPECT_EQ(CopySharedDefaultsPath(name), dataHome() + "/Talmo/" + name);
+}
+
+// --- Reading ---
+
+TEST_F(Prefs, MissingDamagedOrNonDictionaryUserFileReadsAsEmptyDictionary)
+{
+    struct Case {
+        const char* what;
+        std::optional<std::string> content; // nullopt: no file
+    };
+    const Case cases[] = {
+        {"missing file", std::nullopt},
+        {"empty file", ""},
+        {"not a property list", "garbage\x01\x02"},
+        {"truncated", "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>a</key><integer>1"},
+        {"bad number", "<plist><dict><key>a</key><real>0,75</real></dict></plist>"},
+        {"array root", "<plist><array><string>x</string></array></plist>"},
+    };
+    for (const auto& c : cases) {
+        std::filesystem::remove(prefsFile(kInputHistory));
+        if (c.content)
+            writeRaw(prefsFile(kInputHistory), *c.content);
+        testing::internal::CaptureStderr();
+        auto d = CopyUserPreferences(kInputHistory);
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << c.what; // read failures are silent
+        ASSERT_NE(d, nullptr) << c.what;
+        EXPECT_TRUE(d->empty()) << c.what;
+        d->setInt("usable", 1); // mutable
+    }
+}
+
+TEST_F(Prefs, UserFileReadsBackWithMutableContainers)
+{
+    writeRaw(prefsFile(kInputHistory),
+             "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n<dict>\n"
+             "\t<key>Accounts</key>\n\t<array>\n\t\t<string>1234</string>\n\t</array>\n</dict>\n</plist>\n");
+    auto d = CopyUserPreferences(kInputHistory);
+    ASSERT_TRUE(d);
+    auto accounts = d->getArray("Accounts");
+    ASSERT_TRUE(accounts);
+    ASSERT_EQ(accounts->size(), 1u);
+    accounts->append(pl::makeString("5678"));
+    EXPECT_EQ(d->getArray("Accounts")->size(), 2u);
+}
+
+TEST_F(Prefs, SharedFileThatIsNotXmlPrintsTheParseErrorAndReadsAsNull)
+{
+    const std::string name = "com.talmo.printing.watermarks.plist";
+    struct Case {
+        const char* content;
+        const char* expectedMessage;
+    };
+    const Case cases[] = {
+        {"this is not XML", "CopyXMLData()::CFPropertyListCreateFromXMLData() error: line 1: Start tag expected, '<' not found\n"},
+        {"<plist>\n<dict>\n<key>a</key>\n</dict>\n</plist>\n",
+         "CopyXMLData()::CFPropertyListCreateFromXMLData() error: line 3: <key>a</key> has no value\n"},
+        {"", "CopyXMLData()::CFPropertyListCreateFromXMLData() error: line 1: Document is empty\n"},
+    };
+    for (const auto& c : cases) {
+        writeRaw(dataHome() + "/Talmo/" + name, c.content);
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(CopyXMLData(name), nullptr) << c.content;
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), c.expectedMessage);
+    }
+}
+
+TEST_F(Prefs, SharedFileReadsFromMakerFolderElseShippedDefaultElseSilentNull)
+{
+    const std::string name = "TalmoFeatures.plist";
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(CopyXMLData(name), nullptr);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+
+    writeRaw(root_ + "/sys2/talmo/" + name, "<plist><dict><key>from</key><string>shipped</string></dict></plist>");
+    auto shipped = pl::as<pl::Dictionary>(CopyXMLData(name));
+    ASSERT_TRUE(shipped);
+    EXPECT_EQ(shipped->getString("from"), "shipped");
+
+    writeRaw(dataHome() + "/Talmo/" + name, "<plist><dict><key>from</key><string>maker</string></dict></plist>");
+    auto maker = pl::as<pl::Dictionary>(CopyXMLData(name));
+    ASSERT_TRUE(maker);
+    EXPECT_EQ(maker->getString("from"), "maker");
+}
+
+// --- Writing ---
+
+TEST_F(Prefs, WritesTheStandardXmlOwnerOnlyCreatingTheFolder)
+{
+    auto d = pl::makeDict();
+    d->setString("JobName", "Q3 <draft> & notes");
+    d->setInt("Copies", 2);
+    ASSERT_TRUE(WriteUserPreferences(kInputHistory, d));
+    EXPECT_EQ(readAll(prefsFile(kInputHistory)),
+              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+              "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+              "<plist version=\"1.0\">\n"
+              "<dict>\n"
+              "\t<key>JobName</key>\n"
+              "\t<string>Q3 &lt;draft&gt; &amp; notes</string>\n"
+              "\t<key>Copies</key>\n"
+              "\t<integer>2</integer>\n"
+              "</dict>\n"
+              "</plist>\n");
+    EXPECT_EQ(modeOf(prefsFolder()), 0700u);
+    EXPECT_EQ(modeOf(prefsFile(kInputHistory)), 0600u);
+    EXPECT_TRUE(pl::equal(CopyUserPreferences(kInputHistory), d));
+}
+
+TEST_F(Prefs, DamagedUserFileIsReplacedOnTheNextWrite)
+{
+    writeRaw(prefsFile(kInputHistory), "<plist><dict><key>a</key><integer>1</inte");
+    ::chmod(prefsFile(kInputHistory).c_str(), 0644);
+    auto d = CopyUserPreferences(kInputHistory);
+    ASSERT_TRUE(d && d->empty());
+    d->setString("Department", "Print room");
+    ASSERT_TRUE(WriteUserPreferences(kInputHistory, d));
+    auto back = CopyUserPreferences(kInputHistory);
+    EXPECT_EQ(back->getString("Department"), "Print room");
+    EXPECT_EQ(modeOf(prefsFile(kInputHistory)), 0600u);
+    EXPECT_TRUE(tempFiles(prefsFolder()).empty());
+}
+
+TEST_F(Prefs, NullPropertyListIsAFailedWriteThatKeepsTheOldFile)
+{
+    auto d = pl::makeDict();
+    d->setBool("kept", true);
+    ASSERT_TRUE(WriteUserPreferences(kInputHistory, d));
+    const std::string before = readAll(prefsFile(kInputHistory));
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(WriteUserPreferences(kInputHistory, nullptr));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "WriteUserPreferences() failed (22)\n");
+    EXPECT_EQ(readAll(prefsFile(kInputHistory)), before);
+}
+
+TEST_F(Prefs, PreferencesFolderBlockedByAFileFailsWithNotADirectory)
+{
+    std::filesystem::create_directories(configHome());
+    writeRaw(prefsFolder(), "a file where the folder should be");
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(WriteUserPreferences(kInputHistory, pl::makeDict()));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "WriteUserPreferences() failed (20)\n");
+}
+
+} // namespace
+} // namespace talmo
