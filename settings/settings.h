@@ -5,4 +5,7 @@
 #include "platform/platform.h"
 #include "settings/prefs.h"
 #include "settings/ticket-access.h"
+#include "settings/ticket-keys.h"
 #include "settings/maps.h"
+#include "settings/numbers.h"
+#include "settings/xml-entities.h"

@@ -11,8 +11,7 @@
 
 namespace talmo {
 
-inline constexpr const char* kImageShiftOptionsJobKey = "com.talmo.print.ImageShiftOptionsJob";
-inline constexpr const char* kImageShiftOptionsPageKey = "com.talmo.print.ImageShiftOptionsPage";
+// kImageShiftOptionsJobKey and kImageShiftOptionsPageKey come from settings/ticket-keys.h.
 // The Image Options panel writes its ticket items with this creator.
 inline constexpr const char* kImageShiftTicketCreator = "T";
 
