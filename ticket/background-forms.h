@@ -10,7 +10,7 @@
 
 namespace talmo {
 
-inline constexpr const char* kBackgroundFormsOptionsKey = "com.talmo.print.BackgroundFormsOptions";
+// kBackgroundFormsOptionsKey comes from settings/ticket-keys.h.
 inline constexpr const char* kBackgroundFormsTicketCreator = "com.talmo.print";
 // The job type whose tickets carry the options.
 inline constexpr int32_t kBackgroundFormsJobType = 9;
