@@ -1,0 +1,452 @@
+#include "ticket/ticket.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <map>
+
+using namespace talmo;
+
+namespace {
+
+using Name = FullColorOptions::Name;
+
+// A record with a value in every field, so refused setters can be seen to keep it.
+FullColorOptions filled()
+{
+    FullColorOptions o;
+    EXPECT_EQ(o.setLightness(10), noErr);
+    EXPECT_EQ(o.setContrast(-20), noErr);
+    EXPECT_EQ(o.setSaturation(30), noErr);
+    EXPECT_EQ(o.setColorCast(1, 2, 3), noErr);
+    EXPECT_EQ(o.setTrapping(1), noErr);
+    EXPECT_EQ(o.setTrappingAdjustment(4, 5), noErr);
+    EXPECT_EQ(o.setBlackOverprint(2), noErr);
+    EXPECT_EQ(o.setTRC("Curve A"), noErr);
+    EXPECT_EQ(o.setRGBImagesProfile(kRGBProfileCustom, "My RGB"), noErr);
+    EXPECT_EQ(o.setRGBTextAndGraphicsProfile(4, std::nullopt), noErr);
+    EXPECT_EQ(o.setCMYKImagesProfile(14, std::nullopt), noErr);
+    EXPECT_EQ(o.setCMYKTextAndGraphicsProfile(kCMYKProfileCustom, "My CMYK"), noErr);
+    EXPECT_EQ(o.setGrayImagesProfile("Gray A"), noErr);
+    EXPECT_EQ(o.setGrayTextAndGraphicsProfile("Gray B"), noErr);
+    EXPECT_EQ(o.setDestinationProfile(kDestinationProfileCustom, "Press"), noErr);
+    EXPECT_EQ(o.setImageObjectRendering(4), noErr);
+    EXPECT_EQ(o.setTextObjectRendering(1), noErr);
+    EXPECT_EQ(o.setGraphicObjectRendering(6), noErr);
+    return o;
+}
+
+struct RangeCase {
+    const char* what;
+    int32_t value;
+    OSStatus expected;
+};
+
+// Each single-value range check: the status, and on refusal the field unchanged.
+TEST(FullColorRanges, AdjustmentSettersAcceptUnsetOrMinus100To100)
+{
+    using Setter = OSStatus (FullColorOptions::*)(int32_t);
+    using Getter = OSStatus (FullColorOptions::*)(int32_t*) const;
+    struct Field {
+        const char* name;
+        Setter set;
+        Getter get;
+        int32_t before;
+    } fields[] = {
+        {"lightness", &FullColorOptions::setLightness, &FullColorOptions::lightness, 10},
+        {"contrast", &FullColorOptions::setContrast, &FullColorOptions::contrast, -20},
+        {"saturation", &FullColorOptions::setSaturation, &FullColorOptions::saturation, 30},
+    };
+    const RangeCase values[] = {
+        {"upper bound", 100, noErr}, {"lower bound", -100, noErr}, {"unset", kNotSet, noErr},
+        {"above", 101, paramErr},    {"below", -101, paramErr},    {"least + 1", INT32_MIN + 1, paramErr},
+        {"most", INT32_MAX, paramErr},
+    };
+    for (const auto& f : fields) {
+        for (const auto& c : values) {
+            SCOPED_TRACE(testing::Message() << f.name << " " << c.what);
+            FullColorOptions o = filled();
+            EXPECT_EQ((o.*f.set)(c.value), c.expected);
+            int32_t now = 0;
+            ASSERT_EQ((o.*f.get)(&now), noErr);
+            EXPECT_EQ(now, c.expected == noErr ? c.value : f.before);
+            EXPECT_EQ((o.*f.get)(nullptr), paramErr);
+        }
+    }
+}
+
+TEST(FullColorRanges, ColorCastStoresAllThreeOrNone)
+{
+    struct Case {
+        int32_t cr, mg, yb;
+        OSStatus expected;
+    } cases[] = {
+        {-100, 0, 100, noErr},
+        {kNotSet, 5, kNotSet, noErr},
+        {101, 0, 0, paramErr},
+        {0, -101, 0, paramErr},
+        {0, 0, 1000, paramErr},
+        {50, 50, INT32_MIN + 1, paramErr},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.cr << " " << c.mg << " " << c.yb);
+        FullColorOptions o = filled();
+        EXPECT_EQ(o.setColorCast(c.cr, c.mg, c.yb), c.expected);
+        int32_t cr = 0, mg = 0, yb = 0;
+        ASSERT_EQ(o.colorCast(&cr, &mg, &yb), noErr);
+        if (c.expected == noErr)
+            EXPECT_EQ(std::tie(cr, mg, yb), std::tie(c.cr, c.mg, c.yb));
+        else
+            EXPECT_EQ(std::make_tuple(cr, mg, yb), std::make_tuple(1, 2, 3));
+    }
+}
+
+TEST(FullColorRanges, ColorCastGetterFillsWhatIsGiven)
+{
+    FullColorOptions o = filled();
+    int32_t mg = 0;
+    EXPECT_EQ(o.colorCast(nullptr, &mg, nullptr), noErr);
+    EXPECT_EQ(mg, 2);
+    EXPECT_EQ(o.colorCast(nullptr, nullptr, nullptr), paramErr);
+}
+
+TEST(FullColorRanges, TrapSizesAre0To20ComparedUnsigned)
+{
+    struct Case {
+        int32_t slow, fast;
+        OSStatus expected;
+    } cases[] = {
+        {0, 20, noErr},  {kNotSet, 7, noErr}, {20, kNotSet, noErr}, {21, 0, paramErr},
+        {0, 21, paramErr}, {-1, 5, paramErr}, {5, -1, paramErr},   {INT32_MAX, 0, paramErr},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.slow << " " << c.fast);
+        FullColorOptions o = filled();
+        EXPECT_EQ(o.setTrappingAdjustment(c.slow, c.fast), c.expected);
+        int32_t slow = 0, fast = 0;
+        ASSERT_EQ(o.trappingAdjustment(&slow, &fast), noErr);
+        EXPECT_EQ(slow, c.expected == noErr ? c.slow : 4);
+        EXPECT_EQ(fast, c.expected == noErr ? c.fast : 5);
+    }
+    int32_t v = 0;
+    FullColorOptions o;
+    EXPECT_EQ(o.trappingAdjustment(&v, nullptr), paramErr);
+}
+
+// Custom profile names are at most 255 UTF-16 code units: a character outside the BMP
+// counts twice, however many UTF-8 bytes it takes.
+TEST(FullColorProfiles, CustomNameLengthIsCountedInUtf16Units)
+{
+    const std::string a254(254, 'a'), a255(255, 'a'), a256(256, 'a');
+    const std::string clef = "\xF0\x9D\x84\x9E";  // U+1D11E: 4 bytes, 2 units
+    const std::string e = "\xC3\xA9";             // U+00E9: 2 bytes, 1 unit
+    std::string clefs127, clefs128, e255, e256;
+    for (int i = 0; i < 127; ++i)
+        clefs127 += clef;
+    clefs128 = clefs127 + clef;
+    for (int i = 0; i < 255; ++i)
+        e255 += e;
+    e256 = e255 + e;
+    struct Case {
+        const char* what;
+        std::string name;
+        bool accepted;
+    } cases[] = {
+        {"255 ASCII", a255, true},
+        {"256 ASCII", a256, false},
+        {"254 units of surrogate pairs", clefs127, true},
+        {"254 units plus one", clefs127 + "a", true},
+        {"256 units of surrogate pairs", clefs128, false},
+        {"254 ASCII and a pair", a254 + clef, false},
+        {"255 two-byte characters", e255, true},
+        {"256 two-byte characters", e256, false},
+        {"malformed UTF-8", "abc\xFF", false},
+        {"empty", "", true},
+    };
+    using Setter = OSStatus (FullColorOptions::*)(int32_t, Name);
+    using Getter = OSStatus (FullColorOptions::*)(int32_t*, Name*) const;
+    struct Profile {
+        const char* name;
+        Setter set;
+        Getter get;
+        int32_t custom;
+    } profiles[] = {
+        {"rgb images", &FullColorOptions::setRGBImagesProfile, &FullColorOptions::rgbImagesProfile, 5},
+        {"rgb text", &FullColorOptions::setRGBTextAndGraphicsProfile, &FullColorOptions::rgbTextAndGraphicsProfile, 5},
+        {"cmyk images", &FullColorOptions::setCMYKImagesProfile, &FullColorOptions::cmykImagesProfile, 3},
+        {"cmyk text", &FullColorOptions::setCMYKTextAndGraphicsProfile, &FullColorOptions::cmykTextAndGraphicsProfile,
+         3},
+        {"destination", &FullColorOptions::setDestinationProfile, &FullColorOptions::destinationProfile, 2},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(IsValidProfileName(c.name), c.accepted) << c.what;
+        for (const auto& p : profiles) {
+            SCOPED_TRACE(testing::Message() << p.name << ": " << c.what);
+            FullColorOptions o;
+            ASSERT_EQ((o.*p.set)(1, std::nullopt), noErr);
+            EXPECT_EQ((o.*p.set)(p.custom, c.name), c.accepted ? noErr : paramErr);
+            int32_t kind = 0;
+            Name name;
+            ASSERT_EQ((o.*p.get)(&kind, &name), noErr);
+            EXPECT_EQ(kind, c.accepted ? p.custom : 1);
+            EXPECT_EQ(name, c.accepted ? Name(c.name) : std::nullopt);
+        }
+        FullColorOptions o = filled();
+        EXPECT_EQ(o.setGrayImagesProfile(c.name), c.accepted ? noErr : paramErr) << c.what;
+        Name gray;
+        o.grayImagesProfile(&gray);
+        EXPECT_EQ(gray, c.accepted ? c.name : "Gray A") << c.what;
+        EXPECT_EQ(o.setGrayTextAndGraphicsProfile(c.name), c.accepted ? noErr : paramErr) << c.what;
+    }
+}
+
+TEST(FullColorProfiles, CustomKindNeedsANameOtherKindsDropIt)
+{
+    FullColorOptions o = filled();
+    EXPECT_EQ(o.setRGBImagesProfile(kRGBProfileCustom, std::nullopt), paramErr);
+    int32_t kind = 0;
+    Name name;
+    ASSERT_EQ(o.rgbImagesProfile(&kind, &name), noErr);
+    EXPECT_EQ(kind, kRGBProfileCustom);
+    EXPECT_EQ(name, "My RGB");
+    // A name given with another kind is not kept.
+    EXPECT_EQ(o.setRGBImagesProfile(4, "ignored"), noErr);
+    name = "untouched";
+    ASSERT_EQ(o.rgbImagesProfile(&kind, &name), noErr);
+    EXPECT_EQ(kind, 4);
+    EXPECT_EQ(name, "untouched");  // the name output is written only for the custom kind
+    EXPECT_EQ(o.asTicket()->getInt("RGBImagesProfile"), 4);
+    // The custom kind needs the name output.
+    ASSERT_EQ(o.setDestinationProfile(kDestinationProfileCustom, "X"), noErr);
+    EXPECT_EQ(o.destinationProfile(&kind, nullptr), paramErr);
+    EXPECT_EQ(o.setGrayImagesProfile(std::nullopt), noErr);
+    o.grayImagesProfile(&name);
+    EXPECT_EQ(name, std::nullopt);
+}
+
+std::vector<std::string> keysOf(const pl::DictPtr& d)
+{
+    std::vector<std::string> keys;
+    for (const auto& [k, v] : *d)
+        keys.push_back(k);
+    return keys;
+}
+
+TEST(FullColorTicket, DefaultRecordWritesAnEmptyDictionary)
+{
+    auto d = FullColorOptions().asTicket();
+    ASSERT_TRUE(d);
+    EXPECT_TRUE(d->empty());
+}
+
+TEST(FullColorTicket, WritesEveryKeyInOrderWithProfileTypesCarryingTheCustomCase)
+{
+    auto d = filled().asTicket();
+    EXPECT_EQ(keysOf(d), (std::vector<std::string>{
+                             "FCLightness", "FCContrast", "FCSaturation", "FCColorCast", "FCTrapping",
+                             "FCTrappingFastDirection", "FCTrappingSlowDirection", "FCBlackOverprint", "FCTRC",
+                             "RGBImagesProfile", "RGBTextAndGraphicsProfile", "CMYKImagesProfile",
+                             "CMYKTextAndGraphicsProfile", "GrayImagesProfile", "GrayTextAndGraphicsProfile",
+                             "DestinationProfile", "ImageRendering", "TextRendering", "GraphicRendering"}));
+    auto cast = d->getDict("FCColorCast");
+    ASSERT_TRUE(cast);
+    EXPECT_EQ(keysOf(cast), (std::vector<std::string>{"FCCyanRed", "FCMagentaGreen", "FCYellowBlue"}));
+    EXPECT_EQ(cast->getInt("FCYellowBlue"), 3);
+    EXPECT_EQ(d->getInt("FCTrappingFastDirection"), 5);
+    EXPECT_EQ(d->getInt("FCTrappingSlowDirection"), 4);
+    EXPECT_EQ(d->getString("RGBImagesProfile"), "My RGB");
+    EXPECT_EQ(d->getInt("RGBTextAndGraphicsProfile"), 4);
+    EXPECT_EQ(d->getInt("CMYKImagesProfile"), 14);
+    EXPECT_EQ(d->getString("CMYKTextAndGraphicsProfile"), "My CMYK");
+    EXPECT_EQ(d->getString("DestinationProfile"), "Press");
+    EXPECT_EQ(d->getString("FCTRC"), "Curve A");
+}
+
+TEST(FullColorTicket, ACastWithOneUnsetValueIsDroppedWhole)
+{
+    for (int unset = 0; unset < 3; ++unset) {
+        FullColorOptions o;
+        int32_t v[3] = {10, 20, 30};
+        v[unset] = kNotSet;
+        ASSERT_EQ(o.setColorCast(v[0], v[1], v[2]), noErr);
+        auto d = o.asTicket();
+        EXPECT_FALSE(d->contains("FCColorCast")) << unset;
+        EXPECT_TRUE(d->empty()) << unset;
+        // Read back, the cast is entirely unset.
+        int32_t cr = 0, mg = 0, yb = 0;
+        FullColorOptions(d).colorCast(&cr, &mg, &yb);
+        EXPECT_EQ(std::make_tuple(cr, mg, yb), std::make_tuple(kNotSet, kNotSet, kNotSet)) << unset;
+    }
+}
+
+TEST(FullColorTicket, TrapSizesAreWrittenOnlyWhileTrappingIsOn)
+{
+    FullColorOptions o = filled();
+    ASSERT_EQ(o.setTrapping(2), noErr);
+    auto d = o.asTicket();
+    EXPECT_EQ(d->getInt("FCTrapping"), 2);
+    EXPECT_FALSE(d->contains("FCTrappingFastDirection"));
+    EXPECT_FALSE(d->contains("FCTrappingSlowDirection"));
+    int32_t slow = 0, fast = 0;
+    o.trappingAdjustment(&slow, &fast);
+    EXPECT_EQ(std::make_pair(slow, fast), std::make_pair(4, 5));  // kept in the record
+    FullColorOptions(d).trappingAdjustment(&slow, &fast);
+    EXPECT_EQ(std::make_pair(slow, fast), std::make_pair(kNotSet, kNotSet));
+
+    // Sizes without "FCTrapping" are not read.
+    auto sizesOnly = pl::makeDict();
+    sizesOnly->setInt("FCTrappingFastDirection", 3);
+    FullColorOptions(sizesOnly).trappingAdjustment(&slow, &fast);
+    EXPECT_EQ(fast, kNotSet);
+}
+
+TEST(FullColorTicket, RoundTripKeepsEveryField)
+{
+    const FullColorOptions o = filled();
+    EXPECT_EQ(FullColorOptions(o.asTicket()), o);
+    // Through the XML form as well.
+    auto text = pl::writePlist(o.asTicket());
+    EXPECT_EQ(FullColorOptions(pl::as<pl::Dictionary>(pl::readPlist(text))), o);
+}
+
+TEST(FullColorTicket, ProfileValuesReadByType)
+{
+    auto d = pl::makeDict();
+    d->setString("RGBImagesProfile", "Studio");
+    d->setInt("RGBTextAndGraphicsProfile", 4);
+    d->setString("CMYKImagesProfile", "Coated");
+    d->setString("DestinationProfile", "Proof");
+    d->setInt("GrayImagesProfile", 1);  // gray keys are taken only as strings
+    const FullColorOptions o(d);
+    int32_t kind = 0;
+    Name name;
+    o.rgbImagesProfile(&kind, &name);
+    EXPECT_EQ(kind, 5);
+    EXPECT_EQ(name, "Studio");
+    name.reset();
+    o.rgbTextAndGraphicsProfile(&kind, &name);
+    EXPECT_EQ(kind, 4);
+    EXPECT_EQ(name, std::nullopt);
+    o.cmykImagesProfile(&kind, &name);
+    EXPECT_EQ(kind, 3);
+    EXPECT_EQ(name, "Coated");
+    o.destinationProfile(&kind, &name);
+    EXPECT_EQ(kind, 2);
+    EXPECT_EQ(name, "Proof");
+    o.grayImagesProfile(&name);
+    EXPECT_EQ(name, std::nullopt);
+}
+
+TEST(FullColorTicket, WrongTypedOrRefusedValuesLeaveDefaults)
+{
+    auto d = pl::makeDict();
+    d->setString("FCLightness", "10");
+    d->setInt("FCContrast", 101);                    // refused by the setter
+    d->setInt("FCSaturation", int64_t(1) << 33);     // does not fit the field
+    d->setInt("FCColorCast", 5);                     // not a dictionary
+    d->setString("FCTrapping", "on");
+    d->setBool("FCBlackOverprint", true);
+    d->setInt("FCTRC", 3);
+    d->setString("RGBImagesProfile", std::string(256, 'x'));  // too long
+    d->setInt("CMYKImagesProfile", kCMYKProfileCustom);      // custom kind without a name
+    d->set("DestinationProfile", pl::makeArray());
+    d->setReal("ImageRendering", 2.5);
+    d->set("TextRendering", pl::makeDict());
+    EXPECT_EQ(FullColorOptions(d), FullColorOptions());
+
+    // An out-of-range cast component refuses the whole cast; trap sizes likewise.
+    auto cast = pl::makeDict();
+    cast->setInt("FCCyanRed", 10);
+    cast->setInt("FCMagentaGreen", 200);
+    cast->setInt("FCYellowBlue", 10);
+    auto e = pl::makeDict();
+    e->set("FCColorCast", cast);
+    e->setInt("FCTrapping", 1);
+    e->setInt("FCTrappingFastDirection", 3);
+    e->setInt("FCTrappingSlowDirection", 99);
+    FullColorOptions r(e);
+    int32_t cr = 0, slow = 0, fast = 0, trapping = 0;
+    r.colorCast(&cr, nullptr, nullptr);
+    r.trappingAdjustment(&slow, &fast);
+    r.trapping(&trapping);
+    EXPECT_EQ(cr, kNotSet);
+    EXPECT_EQ(std::make_pair(slow, fast), std::make_pair(kNotSet, kNotSet));
+    EXPECT_EQ(trapping, 1);
+}
+
+TEST(FullColorTicket, FromTicketOverlaysOnlyWhatTheDictionaryHolds)
+{
+    FullColorOptions o = filled();
+    o.fromTicket(nullptr);
+    EXPECT_EQ(o, filled());
+
+    auto d = pl::makeDict();
+    d->setInt("FCLightness", -5);
+    auto cast = pl::makeDict();
+    cast->setInt("FCMagentaGreen", -7);  // the other two keep the record's values
+    d->set("FCColorCast", cast);
+    o.fromTicket(d);
+    int32_t v = 0, cr = 0, mg = 0, yb = 0;
+    o.lightness(&v);
+    o.colorCast(&cr, &mg, &yb);
+    EXPECT_EQ(v, -5);
+    EXPECT_EQ(std::make_tuple(cr, mg, yb), std::make_tuple(1, -7, 3));
+    o.contrast(&v);
+    EXPECT_EQ(v, -20);
+}
+
+std::string label(std::string_view key)
+{
+    static const std::map<std::string, std::string, std::less<>> table = {
+        {"PrinterDefault", "<default>"}, {"UseJobSetting", "<job>"}, {"On", "ON"}, {"Off", "OFF"},
+        {"sRGB", "sRGB!"}, {"Commercial CMYK", "Commercial!"}, {"System Specified", "System!"},
+        {"Perceptual", "Perc"}, {"Saturation", "Sat"}, {"Automatic", "Auto"},
+    };
+    auto it = table.find(key);
+    return it == table.end() ? "[" + std::string(key) + "]" : it->second;
+}
+
+TEST(FullColorSummary, OneLinePerSetValueInOrder)
+{
+    FullColorOptions o = filled();
+    ASSERT_EQ(o.setRGBTextAndGraphicsProfile(4, std::nullopt), noErr);
+    ASSERT_EQ(o.setDestinationProfile(1, std::nullopt), noErr);
+    EXPECT_EQ(GenerateFullColorSummary(o, 0, " | ", label),
+              "[Lightness:] 10 | [Contrast:] -20 | [Saturation:] 30 | "
+              "[Cyan-Red Color Cast:] 1 | [Magenta-Green Color Cast:] 2 | [Yellow-Blue Color Cast:] 3 | "
+              "[Trapping:] ON | [Trapping Height:] 5 | [Trapping Width:] 4 | [Black Overprint:] OFF | "
+              "[RGB Color Space Images Profile:] My RGB | [RGB Color Space Text and Graphics Profile:] sRGB! | "
+              "[CMYK Color Space Images Profile:] Commercial! | "
+              "[CMYK Color Space Text and Graphics Profile:] My CMYK | "
+              "[Gray Color Space Images Profile:] Gray A | [Gray Color Space Text and Graphics Profile:] Gray B | "
+              "[Destination Profile:] System! | [Rendering Images Label] Perc | [Rendering Text Label] Sat | "
+              "[Rendering Graphics Label] Auto");
+}
+
+TEST(FullColorSummary, PartialCastAndTrappingOffShowNoDetail)
+{
+    FullColorOptions o;
+    ASSERT_EQ(o.setColorCast(5, kNotSet, 5), noErr);
+    ASSERT_EQ(o.setTrapping(2), noErr);
+    ASSERT_EQ(o.setTrappingAdjustment(3, 3), noErr);
+    EXPECT_EQ(GenerateFullColorSummary(o, 0, "\n", label), "[Trapping:] OFF");
+    ASSERT_EQ(o.setTrapping(1), noErr);
+    ASSERT_EQ(o.setTrappingAdjustment(kNotSet, 3), noErr);
+    EXPECT_EQ(GenerateFullColorSummary(o, 0, "\n", label), "[Trapping:] ON\n[Trapping Height:] 3");
+}
+
+TEST(FullColorSummary, EmptySummaryShowsTheContextDefault)
+{
+    std::string shown;
+    ASSERT_EQ(ShowFullColorSummary(FullColorOptions(), 4, label, &shown), noErr);
+    EXPECT_EQ(shown, "<job>");
+    ASSERT_EQ(ShowFullColorSummary(FullColorOptions(), 0, label, &shown), noErr);
+    EXPECT_EQ(shown, "<default>");
+    FullColorOptions o;
+    o.setLightness(0);
+    ASSERT_EQ(ShowFullColorSummary(o, 4, label, &shown), noErr);
+    EXPECT_EQ(shown, "[Lightness:] 0");
+    EXPECT_EQ(ShowFullColorSummary(o, 4, label, nullptr), paramErr);
+}
+
+} // namespace
