@@ -255,7 +255,7 @@ void BackgroundFormsOptions::loadHistory()
 {
     existingFormsArray_.reset();
     newFormsArray_.reset();
-    pl::DictPtr source = CopyUserPreferences(kBackgroundFormsHistoryFile);
+    pl::DictPtr source = CopyUserPreferences(kBackgroundFormsFile);
     if (!source || (!source->contains(kExistingFormsKey) && !source->contains(kNewFormsKey)))
         source = pl::as<pl::Dictionary>(CopyXMLData(kTalmoFeaturesFile));
     if (source) {
@@ -270,12 +270,12 @@ void BackgroundFormsOptions::loadHistory()
 
 bool BackgroundFormsOptions::saveHistory() const
 {
-    pl::DictPtr prefs = CopyUserPreferences(kBackgroundFormsHistoryFile);
+    pl::DictPtr prefs = CopyUserPreferences(kBackgroundFormsFile);
     if (!prefs)
         prefs = pl::makeDict();
     prefs->set(kExistingFormsKey, existingFormsArray_ ? existingFormsArray_ : pl::makeArray());
     prefs->set(kNewFormsKey, newFormsArray_ ? newFormsArray_ : pl::makeArray());
-    return WriteUserPreferences(kBackgroundFormsHistoryFile, prefs);
+    return WriteUserPreferences(kBackgroundFormsFile, prefs);
 }
 
 bool operator==(const BackgroundFormsOptions& a, const BackgroundFormsOptions& b)

@@ -10,12 +10,12 @@
 
 namespace talmo {
 
-// kBackgroundFormsOptionsKey comes from settings/ticket-keys.h.
+// kBackgroundFormsOptionsKey and kBackgroundFormsFile (the per-user history) come from
+// settings/ticket-keys.h.
 inline constexpr const char* kBackgroundFormsTicketCreator = "com.talmo.print";
 // The job type whose tickets carry the options.
 inline constexpr int32_t kBackgroundFormsJobType = 9;
-// The per-user history file, and the shared defaults read when it holds nothing.
-inline constexpr const char* kBackgroundFormsHistoryFile = "com.talmo.print.backgroundforms";
+// The shared defaults read when the per-user history holds nothing.
 inline constexpr const char* kTalmoFeaturesFile = "TalmoFeatures.plist";
 
 // The cycle pages range of the checked setter: repeat from form page 2..999999.

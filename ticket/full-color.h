@@ -11,8 +11,6 @@
 
 namespace talmo {
 
-inline constexpr const char* kFullColorOptionsKey = "com.talmo.print.FullColorOptions";
-
 // The "Custom..." kinds of the profile tables: a profile of that kind carries a name.
 inline constexpr int32_t kRGBProfileCustom = 5;
 inline constexpr int32_t kCMYKProfileCustom = 3;

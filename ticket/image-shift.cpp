@@ -2,10 +2,6 @@
 
 #include "ticket/record-read_p.h"
 
-#include <unicode/unum.h>
-#include <unicode/ustring.h>
-
-#include <cmath>
 
 namespace talmo {
 
@@ -30,27 +26,19 @@ int32_t mmHundredthsToInchHundredthsTruncated(int32_t v)
 
 int32_t negate(int32_t v) { return v == INT32_MIN ? INT32_MAX : -v; }
 
-// A localized decimal number showing `value` with `decimals` implied decimals.
+// A localized decimal number showing `value` with `decimals` implied decimals; plain
+// "-12.34" digits when no locale is usable.
 std::string formatImpliedDecimals(int32_t value, int decimals)
 {
-    const double shown = value / std::pow(10.0, decimals);
-    UErrorCode status = U_ZERO_ERROR;
-    UNumberFormat* fmt = unum_open(UNUM_DECIMAL, nullptr, 0, nullptr, nullptr, &status);
-    if (U_FAILURE(status))
-        return std::to_string(value);
-    unum_setAttribute(fmt, UNUM_MIN_FRACTION_DIGITS, decimals);
-    unum_setAttribute(fmt, UNUM_MAX_FRACTION_DIGITS, decimals);
-    UChar buf[64];
-    const int32_t len = unum_formatDouble(fmt, shown, buf, 64, nullptr, &status);
-    unum_close(fmt);
-    if (U_FAILURE(status) || len < 0 || len > 64)
-        return std::to_string(value);
-    char out[256];
-    int32_t outLen = 0;
-    u_strToUTF8(out, sizeof out, &outLen, buf, len, &status);
-    if (U_FAILURE(status) || outLen < 0 || outLen > int32_t(sizeof out))
-        return std::to_string(value);
-    return std::string(out, size_t(outLen));
+    if (auto text = CreateLocalizedCFStringFromNumberWithDecimals(value, decimals))
+        return *text;
+    const int64_t magnitude = value < 0 ? -int64_t(value) : int64_t(value);
+    int64_t scale = 1;
+    for (int i = 0; i < decimals; ++i)
+        scale *= 10;
+    std::string fraction = std::to_string(magnitude % scale);
+    fraction.insert(0, size_t(decimals) - fraction.size(), '0');
+    return (value < 0 ? "-" : "") + std::to_string(magnitude / scale) + (decimals ? "." + fraction : "");
 }
 
 } // namespace
@@ -224,13 +212,13 @@ OSStatus ImageShiftSync(_IS_Options* options, int direction, const pl::DictPtr& 
         return paramErr;
 
     ImageShiftSetOptionsFromTicket(options, items->getDict(kImageShiftOptionsJobKey));
-    if (items->contains("com.talmo.print.JobLevelStock")) {
+    if (items->contains(kJobLevelStockKey)) {
         // A stock dictionary without a size (or not a dictionary at all) is the default stock,
         // whose size is unset.
-        auto stock = items->getDict("com.talmo.print.JobLevelStock");
+        auto stock = items->getDict(kJobLevelStockKey);
         options->stockSize = stock ? getInt32(*stock, "Size").value_or(kNotSet) : kNotSet;
     }
-    if (auto duplex = getInt32(*items, "com.talmo.print.FinishingDuplex"))
+    if (auto duplex = getInt32(*items, kFinishingDuplexKey))
         options->duplex = *duplex;
     return noErr;
 }

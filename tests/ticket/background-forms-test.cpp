@@ -41,7 +41,7 @@ protected:
         fs::remove_all(root_, ec);
     }
 
-    fs::path userFile() const { return root_ / "config" / "talmo" / kBackgroundFormsHistoryFile; }
+    fs::path userFile() const { return root_ / "config" / "talmo" / kBackgroundFormsFile; }
     fs::path shippedFeatures() const { return root_ / "shipped" / "talmo" / kTalmoFeaturesFile; }
 
     static void writeFile(const fs::path& p, const std::string& text)

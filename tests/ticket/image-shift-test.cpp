@@ -1,7 +1,8 @@
 #include "ticket/ticket.h"
 
 #include <gtest/gtest.h>
-#include <unicode/uloc.h>
+#include <cstdlib>
+#include <optional>
 
 #include <map>
 
@@ -277,14 +278,16 @@ class ImageShiftSummaryTest : public testing::Test {
 protected:
     void SetUp() override
     {
-        UErrorCode status = U_ZERO_ERROR;
-        saved_ = uloc_getDefault();
-        uloc_setDefault("en_US", &status);
+        const char* old = std::getenv("LC_ALL");
+        saved_ = old ? std::optional<std::string>(old) : std::nullopt;
+        setenv("LC_ALL", "en_US.UTF-8", 1);
     }
     void TearDown() override
     {
-        UErrorCode status = U_ZERO_ERROR;
-        uloc_setDefault(saved_.c_str(), &status);
+        if (saved_)
+            setenv("LC_ALL", saved_->c_str(), 1);
+        else
+            unsetenv("LC_ALL");
     }
     static std::string label(std::string_view key)
     {
@@ -296,7 +299,7 @@ protected:
         auto it = table.find(key);
         return it == table.end() ? "STRING NOT FOUND" : it->second;
     }
-    std::string saved_;
+    std::optional<std::string> saved_;
 };
 
 TEST_F(ImageShiftSummaryTest, UnsetShowsTheDefaultOfTheContext)
@@ -319,6 +322,14 @@ TEST_F(ImageShiftSummaryTest, ShowsBothSidesWithUnitsAndDecimals)
     o.x2 = -15;
     o.y2 = 7;
     EXPECT_EQ(GenerateImageShiftSummary(o, 4, label), "S1: X=488.0 mm, Y=0.0 mm\nS2: X=-1.5 mm, Y=0.7 mm");
+
+    setenv("LC_ALL", "de_DE.UTF-8", 1);
+    EXPECT_EQ(GenerateImageShiftSummary(o, 4, label), "S1: X=488,0 mm, Y=0,0 mm\nS2: X=-1,5 mm, Y=0,7 mm");
+    // Without a usable locale the digits are still placed right.
+    setenv("LC_ALL", ".UTF-8", 1);
+    o.inches = 1;
+    o.x2 = -5;
+    EXPECT_EQ(GenerateImageShiftSummary(o, 4, label), "S1: X=48.80 in, Y=0.00 in\nS2: X=-0.05 in, Y=0.07 in");
 }
 
 TEST(ImageShiftSync, WritesTheJobDictionaryOnlyWhenThereIsOne)
