@@ -6,7 +6,7 @@ PKGS="build-essential cmake ninja-build ccache pkg-config clang libclang-rt-14-d
  googletest libgtest-dev libgmock-dev libbenchmark-dev
  libplist-dev libplist-utils
  libfontconfig-dev libharfbuzz-dev libcairo2-dev libpango1.0-dev fonts-dejavu-core
- ghostscript poppler-utils"
+ ghostscript poppler-utils fonts-liberation fonts-noto-core"
 missing=""
 for p in $PKGS; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing="$missing $p"
