@@ -2,11 +2,6 @@
 #include "cli/command.h"
 #include "marking/marking.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
@@ -33,40 +28,6 @@ std::string fileStem(const std::string& path)
     return dot == std::string::npos || dot == 0 ? name : name.substr(0, dot);
 }
 
-// Temporary file beside the target, flushed, renamed over it.
-bool writeFileAtomically(const std::string& path, std::string_view bytes, int* error)
-{
-    std::string temp = path + ".XXXXXX";
-    int fd = mkostemp(temp.data(), O_CLOEXEC);
-    if (fd < 0) {
-        *error = errno;
-        return false;
-    }
-    size_t done = 0;
-    while (done < bytes.size()) {
-        ssize_t n = ::write(fd, bytes.data() + done, bytes.size() - done);
-        if (n < 0 && errno == EINTR)
-            continue;
-        if (n <= 0)
-            break;
-        done += size_t(n);
-    }
-    bool ok = done == bytes.size() && fchmod(fd, 0644) == 0 && fsync(fd) == 0;
-    if (!ok)
-        *error = errno;
-    if (::close(fd) != 0 && ok) {
-        ok = false;
-        *error = errno;
-    }
-    if (ok && std::rename(temp.c_str(), path.c_str()) != 0) {
-        ok = false;
-        *error = errno;
-    }
-    if (!ok)
-        ::unlink(temp.c_str());
-    return ok;
-}
-
 // Writes to OUT atomically, or to stdout when no -o was given.
 int emit(const std::string& outPath, std::string_view bytes)
 {
@@ -76,7 +37,7 @@ int emit(const std::string& outPath, std::string_view bytes)
         return 0;
     }
     int error = 0;
-    if (!writeFileAtomically(outPath, bytes, &error))
+    if (!WriteFileAtomically(outPath, bytes, 0644, &error))
         return cli::fail(outPath + ": " + std::strerror(error));
     return 0;
 }
