@@ -18,6 +18,28 @@
 namespace talmo::test {
 
 class PrefsHome : public ::testing::Test {
+public:
+    static std::string readAll(const std::string& path)
+    {
+        std::string bytes;
+        if (!ReadFileBytes(path, bytes, 1u << 26))
+            return "<unreadable>";
+        return bytes;
+    }
+
+    // Names in `folder` that are temporary files of ours.
+    static std::vector<std::string> tempFiles(const std::string& folder)
+    {
+        std::vector<std::string> out;
+        std::error_code ec;
+        for (const auto& e : std::filesystem::directory_iterator(folder, ec)) {
+            pid_t pid = 0;
+            if (ParseTempFileName(e.path().filename().string(), pid))
+                out.push_back(e.path().filename().string());
+        }
+        return out;
+    }
+
 protected:
     void SetUp() override
     {
@@ -57,31 +79,10 @@ protected:
     std::string prefsFolder() const { return configHome() + "/talmo"; }
     std::string prefsFile(const std::string& name) const { return prefsFolder() + "/" + name; }
 
-    static std::string readAll(const std::string& path)
-    {
-        std::string bytes;
-        if (!ReadFileBytes(path, bytes, 1u << 26))
-            return "<unreadable>";
-        return bytes;
-    }
-
     static void writeRaw(const std::string& path, const std::string& bytes)
     {
         std::filesystem::create_directories(std::filesystem::path(path).parent_path());
         ASSERT_TRUE(WriteFileAtomically(path, bytes, 0600));
-    }
-
-    // Names in `folder` that are temporary files of ours.
-    static std::vector<std::string> tempFiles(const std::string& folder)
-    {
-        std::vector<std::string> out;
-        std::error_code ec;
-        for (const auto& e : std::filesystem::directory_iterator(folder, ec)) {
-            pid_t pid = 0;
-            if (ParseTempFileName(e.path().filename().string(), pid))
-                out.push_back(e.path().filename().string());
-        }
-        return out;
     }
 
     std::string root_;
