@@ -448,7 +448,11 @@ bool parseDateText(std::string_view s, double& out)
     if (mo < 1 || mo > 12 || d < 1 || d > mdays[mo - 1] || h > 23 || mi > 59 || se > 60)
         return false;
     int64_t days = daysFromCivil(y, static_cast<unsigned>(mo), static_cast<unsigned>(d));
-    out = static_cast<double>(days * 86400 + h * 3600 + mi * 60 + se - kUnixTo2001);
+    const int64_t seconds = days * 86400 + h * 3600 + mi * 60 + se - kUnixTo2001;
+    // A leap second at the end of 9999 names an instant the text form cannot write back.
+    if (seconds > daysFromCivil(9999, 12, 31) * 86400 + 86399 - kUnixTo2001)
+        return false;
+    out = static_cast<double>(seconds);
     return true;
 }
 
@@ -588,7 +592,7 @@ ValuePtr readPlist(std::string_view xml, ParseResult* result)
         return nullptr;
     }
     // Entities declared by a document could expand after parsing; such files are not ours.
-    if (xmlDtd* dtd = xmlGetIntSubset(doc.get()); dtd && dtd->entities) {
+    if (xmlDtd* dtd = xmlGetIntSubset(doc.get()); dtd && (dtd->entities || dtd->pentities)) {
         r.status = ParseResult::Status::NotPlist;
         r.message = "document declares entities";
         return nullptr;

@@ -1,0 +1,1 @@
+talmo_fuzz(plist SOURCE ${CMAKE_CURRENT_SOURCE_DIR}/plist.cpp LIBS talmo_platform)
