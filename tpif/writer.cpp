@@ -1,0 +1,865 @@
+#include "tpif/writer.h"
+
+#include "platform/status.h"
+#include "tpif/escape.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdarg>
+
+namespace talmo {
+
+namespace {
+
+// The writer reads the ticket and record dictionaries by their stored keys rather than through
+// the record classes: it must write exactly what a stored ticket holds (including values a
+// record's setters would refuse), and it never needs a record's behaviour beyond reading.
+namespace key {
+constexpr const char* TPIFOptions = "com.talmo.print.TPIFOptions";
+constexpr const char* JobLevelStock = "com.talmo.print.JobLevelStock";
+constexpr const char* FrontCover = "com.talmo.print.SpecialPages.FrontCover";
+constexpr const char* BackCover = "com.talmo.print.SpecialPages.BackCover";
+constexpr const char* InsertList = "com.talmo.print.SpecialPages.InsertList";
+constexpr const char* ExceptionList = "com.talmo.print.SpecialPages.ExceptionList";
+constexpr const char* ImageShiftJob = "com.talmo.print.ImageShiftOptionsJob";
+constexpr const char* ImageShiftPage = "com.talmo.print.ImageShiftOptionsPage";
+constexpr const char* HighlightJob = "com.talmo.print.HighlightColorOptionsJob";
+constexpr const char* FullColor = "com.talmo.print.FullColorOptions";
+constexpr const char* JobName = "com.apple.print.JobInfo.PMJobName";
+constexpr const char* PMDuplexing = "com.apple.print.PrintSettings.PMDuplexing";
+} // namespace key
+
+void diag(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
+void diag(const char* fmt, ...)
+{
+    va_list ap;
+    va_start(ap, fmt);
+    std::vfprintf(TPifDiagStream(), fmt, ap);
+    va_end(ap);
+}
+
+int32_t clamp32(int64_t v)
+{
+    return static_cast<int32_t>(std::clamp<int64_t>(v, INT32_MIN, INT32_MAX));
+}
+
+std::optional<int32_t> getI32(const pl::DictPtr& d, const char* k)
+{
+    if (!d)
+        return std::nullopt;
+    if (auto v = d->getInt(k))
+        return clamp32(*v);
+    if (auto b = d->getBool(k))
+        return *b ? 1 : 0;
+    return std::nullopt;
+}
+
+int32_t getI32Or(const pl::DictPtr& d, const char* k, int32_t fallback)
+{
+    return getI32(d, k).value_or(fallback);
+}
+
+// A flag "is set": boolean true or a non-zero number.
+bool isSet(const pl::DictPtr& d, const char* k)
+{
+    return getI32(d, k).value_or(0) != 0;
+}
+
+bool has(const pl::DictPtr& d, const char* k)
+{
+    return d && d->contains(k);
+}
+
+std::optional<std::string> escaped(const pl::DictPtr& d, const char* k)
+{
+    if (!d)
+        return std::nullopt;
+    if (auto s = d->getString(k))
+        return XMLCreateStringByEscapingEntities(*s);
+    return std::nullopt;
+}
+
+// Entries of a list that are dictionaries.
+std::vector<pl::DictPtr> dictEntries(const pl::DictPtr& ticket, const char* k)
+{
+    std::vector<pl::DictPtr> out;
+    if (auto a = ticket ? ticket->getArray(k) : nullptr)
+        for (const auto& v : *a)
+            if (auto d = pl::as<pl::Dictionary>(v))
+                out.push_back(d);
+    return out;
+}
+
+struct Size {
+    int32_t code;
+    uint32_t width, length;
+};
+
+// Nominal sizes rounded to whole millimetres, in hundredths of a millimetre.
+constexpr Size kSizes[] = {
+    {1, 21600, 27900},  {2, 21600, 35600},  {3, 27900, 43200},  {59, 10200, 15200}, {41, 12700, 17800},
+    {17, 14000, 21600}, {62, 15200, 22900}, {28, 17800, 25400}, {21, 18400, 26700}, {10, 20300, 25400},
+    {13, 20300, 33000}, {12, 21600, 33000}, {79, 21600, 34300}, {8, 22900, 27900},  {82, 22900, 27900},
+    {36, 22900, 35600}, {48, 24100, 27900}, {63, 27900, 38100}, {11, 30500, 45700}, {38, 30500, 47000},
+    {49, 32000, 47000}, {71, 30500, 48300}, {64, 32000, 48800}, {65, 33000, 45700}, {66, 33000, 48300},
+    {4, 21000, 29700},  {5, 29700, 42000},  {18, 14800, 21000}, {40, 10500, 14800}, {70, 35300, 50000},
+    {14, 25000, 35300}, {56, 25700, 36400}, {55, 18200, 25700}, {57, 12800, 18200}, {7, 22300, 29700},
+    {19, 16100, 21000}, {60, 10000, 14800}, {61, 14800, 20000}, {15, 32000, 45000}, {47, 22500, 32000},
+    {23, 26700, 38800}, {67, 27000, 39000}, {29, 19400, 26700}, {68, 19500, 27000}, {30, 21000, 27000},
+    {31, 21000, 33000}, {32, 21500, 27500}, {22, 21500, 31500}, {24, 22000, 33000}, {35, 22600, 31000},
+    {37, 25200, 35800}, {39, 31000, 43200}, {72, 32800, 45300}, {25, 15200, 22900}, {26, 22900, 30500},
+    {69, 12000, 23500}, {27, 22000, 31200}, {58, 22900, 32400}, {20, 16200, 22900}, {50, 15200, 22900},
+    {52, 17800, 25400}, {53, 17800, 25400}, {51, 16200, 22900}, {43, 11400, 15200}, {81, 11400, 15200},
+    {16, 21600, 33000}, {78, 21600, 34300}, {45, 10500, 24100}, {77, 9800, 22500},  {44, 9800, 19100},
+    {46, 11000, 22000}, {76, 14000, 17800},
+};
+
+int32_t mediaTypeIndex(int32_t stockType)
+{
+    switch (stockType) {
+    case 1: return 0;   // plain -> stationery
+    case 2: return 1;   // transparency
+    case 3: return 6;   // pre-printed
+    case 4: return 3;   // pre-cut tabs
+    case 5: return 4;   // full-cut tabs
+    case 6: return 10;  // ordered stock, by name
+    case 7: return 9;   // custom type, by name
+    case 8: return 8;   // envelope
+    case 9: return 5;   // labels
+    case 10: return 7;  // recycled
+    case 24:
+    case 33: return 2;  // tab stocks of the printer's own type list
+    default: return 11; // other
+    }
+}
+
+int32_t mediaColorIndex(int32_t stockColor)
+{
+    switch (stockColor) {
+    case 1: return 1;  // white
+    case 2: return 4;  // blue
+    case 3: return 3;  // yellow
+    case 4: return 5;  // green
+    case 5: return 2;  // pink
+    case 6: return 0;  // clear -> no-color
+    case 7: return 6;  // buff
+    case 8: return 7;  // goldenrod
+    case 9: return 8;  // red
+    case 10: return 12; // custom, by name
+    case 11: return 9; // ivory
+    case 12: return 10; // gray
+    case 13: return 11; // orange
+    default: return 13; // a colour no keyword names: no colour line
+    }
+}
+
+void writeMediaFrom(const writeData* sink, const pl::DictPtr& stock)
+{
+    MediaData media;
+    FillMediaData(media, stock);
+    WriteTPifMedia(sink, media);
+    FinalizeMediaData(media);
+}
+
+void writeCover(const writeData* sink, const pl::DictPtr& ticket, const char* k, int which)
+{
+    auto cover = ticket ? ticket->getDict(k) : nullptr;
+    if (!cover)
+        return;
+    MediaData media;
+    FillMediaData(media, cover->getDict("Stock"));
+    WriteTPifCovers(sink, which, getI32Or(cover, "SidesImaged", 1), media);
+    FinalizeMediaData(media);
+}
+
+} // namespace
+
+long TPifShiftToHundredthsMm(int64_t value, bool inches, bool fullPrecision)
+{
+    double v = static_cast<double>(value);
+    if (!fullPrecision)
+        v = inches ? std::round(v * 25.4) : v * 10.0;
+    return static_cast<long>(std::clamp(v, static_cast<double>(INT32_MIN), static_cast<double>(INT32_MAX)));
+}
+
+bool TPifStockSizeDimensions(int32_t size, uint32_t& width, uint32_t& length)
+{
+    for (const auto& s : kSizes)
+        if (s.code == size) {
+            width = s.width;
+            length = s.length;
+            return true;
+        }
+    return false;
+}
+
+void FillMediaData(MediaData& m, const pl::DictPtr& stockIn)
+{
+    const pl::DictPtr stock = stockIn ? stockIn : pl::makeDict();
+    if (stock->contains("Source")) {
+        // Only the post-process inserter (10) has a media keyword; any other source is unknown.
+        m.source = getI32Or(stock, "Source", 0) == 10 ? 0 : 1;
+        return;
+    }
+    if (stock->contains("CustomNameOnly")) {
+        auto flag = pl::as<pl::Boolean>(stock->get("CustomNameOnly"));
+        if (!flag || !flag->value)
+            return; // deliberately left unfilled
+        if (auto name = escaped(stock, "CustomName"))
+            m.mediaKey = std::move(name);
+        return;
+    }
+    // Size: a standard code, or custom "Width" and "Length" (hundredths of a millimetre).
+    auto size = getI32(stock, "Size");
+    if (!size || *size == 75) {
+        auto w = getI32(stock, "Width");
+        auto l = getI32(stock, "Length");
+        if (w && l && *w > 0 && *l > 0) {
+            m.width = static_cast<uint32_t>(*w);
+            m.length = static_cast<uint32_t>(*l);
+        }
+    } else {
+        TPifStockSizeDimensions(*size, m.width, m.length);
+    }
+    if (auto color = getI32(stock, "Color"); color && *color != kNotSet) {
+        m.color = mediaColorIndex(*color);
+        if (m.color == 12) {
+            auto name = escaped(stock, "CustomColor");
+            m.customColorName = name && !name->empty() ? *name : std::string("other");
+        }
+    }
+    if (auto type = getI32(stock, "Type"); type && *type != kNotSet) {
+        m.type = mediaTypeIndex(*type);
+        if (m.type == 6)
+            m.prePrinted = 1;
+        if (m.type == 7)
+            m.recycled = 1;
+        if (m.type == 9 || m.type == 10) {
+            auto name = escaped(stock, "CustomType");
+            m.customTypeName = name && !name->empty() ? *name : std::string("other");
+        }
+        if (*type == 4 || *type == 6 || *type == 24 || *type == 33) {
+            auto modulus = getI32(stock, "Modulus");
+            if (modulus && *modulus > 0)
+                m.orderCount = *modulus;
+        }
+    }
+    if (auto weight = getI32(stock, "Weight"); weight && *weight != kNotSet)
+        m.weight = *weight;
+    if (auto punched = getI32(stock, "Punched")) {
+        if (*punched == 1)
+            m.holeCount = 0;
+        else if (*punched == 2)
+            m.holeCount = 3;
+    }
+    m.description = escaped(stock, "Description");
+    if (auto finish = getI32(stock, "Finish"); finish && *finish >= 1 && *finish <= 3)
+        m.tooth = *finish;
+    if (auto grain = getI32(stock, "kGrain"); grain && (*grain == 1 || *grain == 2))
+        m.grain = *grain;
+    if (auto sides = getI32(stock, "SidesCoated"); sides && *sides != kNotSet) {
+        m.coatedSides = *sides;
+        m.coatingType = getI32Or(stock, "kCoatingType", 1);
+    }
+}
+
+void FillJobTypeData(JobData& job, const pl::DictPtr& jobType, const pl::DictPtr& ticket)
+{
+    const int32_t type = getI32Or(jobType, "JobType", 1);
+    switch (type) {
+    case 2: job.disposition = 1; break;
+    case 3: job.disposition = getI32(jobType, "SaveDisposition") == 2 ? 3 : 2; break;
+    case 4: job.disposition = 3; break;
+    case 9: job.disposition = 4; break;
+    default: job.disposition = 0; break;
+    }
+    auto format = getI32(jobType, "MediaType");
+    job.saveFormat = format && *format >= 1 && *format <= 5 ? *format - 1 : kTPifUnset;
+    auto name = isSet(jobType, "UseJobName") ? escaped(ticket, key::JobName) : escaped(jobType, "SavedJobName");
+    job.saveName = name.value_or("");
+    job.saveLocation = escaped(jobType, "SavedJobLocation").value_or("file:///job-repository/");
+}
+
+void FillImageShift(PageData& page, const pl::DictPtr& shift)
+{
+    if (!shift)
+        return;
+    const bool inches = !shift->contains("Inches") || getI32Or(shift, "Inches", 1) > 0;
+    const bool full = shift->getBool("FullPrecision").value_or(false);
+    auto conv = [&](const char* k) {
+        return TPifShiftToHundredthsMm(shift->getInt(k).value_or(0), inches, full);
+    };
+    page.hasImageShift = true;
+    page.xSide1 = conv("X1");
+    page.xSide2 = conv("X2");
+    page.ySide1 = conv("Y1");
+    page.ySide2 = conv("Y2");
+}
+
+void FillFullColorOptions(PageData& p, const pl::DictPtr& c)
+{
+    if (!c)
+        return;
+    auto num = [&](const pl::DictPtr& d, const char* k) { return getI32Or(d, k, kTPifColorUnset); };
+    p.lightness = num(c, "FCLightness");
+    p.contrast = num(c, "FCContrast");
+    p.saturation = num(c, "FCSaturation");
+    if (auto cast = c->getDict("FCColorCast")) {
+        p.cyanRed = num(cast, "FCCyanRed");
+        p.magentaGreen = num(cast, "FCMagentaGreen");
+        p.yellowBlue = num(cast, "FCYellowBlue");
+    }
+    p.trapping = num(c, "FCTrapping");
+    p.trapWidthFast = num(c, "FCTrappingFastDirection");
+    p.trapWidthSlow = num(c, "FCTrappingSlowDirection");
+    p.blackOverprint = num(c, "FCBlackOverprint");
+    p.trc = escaped(c, "FCTRC");
+    // A profile key holds the kind as a number, or the custom profile's name as a string.
+    auto profile = [&](const char* k, int32_t& index, std::optional<std::string>& name) {
+        index = num(c, k);
+        name = escaped(c, k);
+    };
+    profile("RGBImagesProfile", p.rgbImages, p.rgbImagesName);
+    profile("RGBTextAndGraphicsProfile", p.rgbTextGraphics, p.rgbTextGraphicsName);
+    profile("CMYKImagesProfile", p.cmykImages, p.cmykImagesName);
+    profile("CMYKTextAndGraphicsProfile", p.cmykTextGraphics, p.cmykTextGraphicsName);
+    p.grayImagesName = escaped(c, "GrayImagesProfile");
+    p.grayTextGraphicsName = escaped(c, "GrayTextAndGraphicsProfile");
+    profile("DestinationProfile", p.destination, p.destinationName);
+    p.renderImages = num(c, "ImageRendering");
+    p.renderText = num(c, "TextRendering");
+    p.renderGraphics = num(c, "GraphicRendering");
+}
+
+void FillHighlightColorData(HighlightColorData& h, const pl::DictPtr& d)
+{
+    if (!d)
+        return;
+    auto custom = [&](HighlightColorData::Custom& c, const char* slot, const char* rgb, const char* r,
+                      const char* g, const char* b, const char* hue, const char* sat, const char* val) {
+        if (!has(d, slot))
+            return;
+        c.present = true;
+        c.slot = getI32Or(d, slot, 0);
+        // "...RGB" chooses the colour model; without it both members are written.
+        auto useRGB = d->contains(rgb) ? std::optional<bool>(isSet(d, rgb)) : std::nullopt;
+        c.hasRGB = !useRGB || *useRGB;
+        c.hasHSV = !useRGB || !*useRGB;
+        c.r = getI32Or(d, r, 0), c.g = getI32Or(d, g, 0), c.b = getI32Or(d, b, 0);
+        c.h = getI32Or(d, hue, 0), c.s = getI32Or(d, sat, 0), c.v = getI32Or(d, val, 0);
+    };
+    h.colorant = getI32Or(d, "HiglightPrintingColor", kTPifUnset);
+    custom(h.colorantCustom, "HighlightTalmoPrintingColor", "HighlightColorPrintingRGB", "HighlightColorPrintingR",
+           "HighlightColorPrintingG", "HighlightColorPrintingB", "HighlightColorPrintingH", "HighlightColorPrintingS",
+           "HighlightColorPrintingV");
+    h.mapColor = getI32Or(d, "HighlightMappingColor", kTPifUnset);
+    custom(h.mapColorCustom, "HighlightTalmoMappingColor", "HighlightColorMappingRGB", "HighlightColorMappingR",
+           "HighlightColorMappingG", "HighlightColorMappingB", "HighlightColorMappingH", "HighlightColorMappingS",
+           "HighlightColorMappingV");
+    h.map = getI32Or(d, "HighlightMappingAlgorithm", kTPifUnset);
+    h.mismatch = getI32Or(d, "HighlightMismatchAction", kTPifUnset);
+}
+
+void WriteTPIFJobNameAndUser(const writeData* sink, const pl::DictPtr& t)
+{
+    auto name = t->getBool("com.talmo.print.JobNotesUseJobName").value_or(false)
+                    ? escaped(t, key::JobName)
+                    : escaped(t, "com.talmo.print.JobNotesJobName");
+    auto user = escaped(t, "com.talmo.print.JobNotesSenderName");
+    WriteTPifOpAttrib(sink, name.value_or(""), user.value_or(""));
+}
+
+void WriteTPIFJobLevelStock(const writeData* sink, const pl::DictPtr& t)
+{
+    if (auto stock = t->getDict(key::JobLevelStock))
+        writeMediaFrom(sink, stock);
+}
+
+void WriteTPIFFrontCover(const writeData* sink, const pl::DictPtr& t)
+{
+    writeCover(sink, t, key::FrontCover, 0);
+}
+
+void WriteTPIFBackCover(const writeData* sink, const pl::DictPtr& t)
+{
+    writeCover(sink, t, key::BackCover, 1);
+}
+
+void WriteTPIFInserts(const writeData* sink, const pl::DictPtr& t)
+{
+    auto entries = dictEntries(t, key::InsertList);
+    if (entries.empty())
+        return;
+    WriteTPifSpecialPagesStart(sink, 1);
+    for (const auto& e : entries) {
+        MediaData media;
+        FillMediaData(media, e->getDict("Stock"));
+        WriteTPifInserts(sink, getI32Or(e, "StartPage", 1), getI32Or(e, "Quantity", 1), media);
+        FinalizeMediaData(media);
+    }
+    WriteTPifSpecialPagesEnd(sink, 1);
+}
+
+void WriteTPIFExceptions(const writeData* sink, const pl::DictPtr& t)
+{
+    auto entries = dictEntries(t, key::ExceptionList);
+    if (entries.empty())
+        return;
+    WriteTPifSpecialPagesStart(sink, 0);
+    for (const auto& e : entries) {
+        PageData page;
+        page.lower = getI32Or(e, "StartPage", 1);
+        page.upper = getI32Or(e, "EndPage", 1);
+        // The plex (1 simplex, 2 duplex, 3 duplex short edge) becomes the sides value 0-2;
+        // anything else is an unknown sides value (an empty text).
+        if (auto plex = getI32(e, "SidesImaged"))
+            page.sides = *plex >= 1 && *plex <= 3 ? *plex - 1 : 3;
+        if (auto ld = getI32(e, "LightenDarken")) {
+            page.hasLightenDarken = true;
+            page.lightenDarken = *ld;
+        }
+        FillImageShift(page, e->getDict(key::ImageShiftPage));
+        FillFullColorOptions(page, e->getDict("FullColorOptionsPage"));
+        page.antialiasing = getI32Or(e, "Antialiasing", kTPifColorUnset);
+        page.halftone = getI32Or(e, "HalftoneScreen", kTPifColorUnset);
+        page.colorEffects = getI32Or(e, "OutputColor", kTPifColorUnset);
+        MediaData media;
+        FillMediaData(media, e->getDict("Stock"));
+        WriteTPifPageExceptions(sink, page, media);
+        FinalizeMediaData(media);
+        FinalizePageData(page);
+    }
+    WriteTPifSpecialPagesEnd(sink, 0);
+}
+
+void WriteTPIFFinishing(const writeData* sink, const pl::DictPtr& t)
+{
+    auto num = [&](const char* k) { return getI32Or(t, k, 0); };
+    const int32_t choice = num("com.talmo.print.FinishingOptions");
+    const int32_t zfold = num("com.talmo.print.FinishingZFoldValue");
+    int32_t staple = num("com.talmo.print.FinishingStaple1Value");
+    if (staple == 0)
+        staple = num("com.talmo.print.FinishingStaple2Value");
+    if (staple == 0)
+        staple = num("com.talmo.print.FinishingStapleCenterValue");
+    const int32_t hole = num("com.talmo.print.FinishingHolePunchValue");
+    const int32_t fold = num("com.talmo.print.FinishingFoldValue");
+    const int32_t bind = num("com.talmo.print.FinishingBindValue");
+    const int32_t booklet = num("com.talmo.print.BookletFoldStaple");
+    diag("DEBUG: ******* finishingOptions = %ld, foldOptions = %ld, stapleValue = %ld, holePunchValue = %ld, "
+         "simpleFoldValue = %ld, bindValue = %ld, bookletValue = %ld\n",
+         static_cast<long>(choice), static_cast<long>(zfold), static_cast<long>(staple), static_cast<long>(hole),
+         static_cast<long>(fold), static_cast<long>(bind), static_cast<long>(booklet));
+    if (has(t, "com.talmo.print.FinishingSlipSheet")) {
+        diag("DEBUG: ************ SLIPSHEET ************\n");
+        if (num("com.talmo.print.FinishingSlipSheet") == 2) {
+            diag("DEBUG: ************** SLIPSHEET ON ****************\n");
+            WriteTPifCommands(sink, 11, 0);
+        }
+    }
+
+    auto S = [](int32_t v) -> int32_t {
+        switch (v) {
+        case 5: return 0;
+        case 6: return 2;
+        case 7: return 1;
+        case 8: return 20;
+        case 10: return 3;
+        case 11: return 4;
+        case 12: return 5;
+        case 13: return 6;
+        case 26: return 16;
+        case 27: return 17;
+        case 28: return 18;
+        case 29: return 19;
+        default: return kTPifUnset;
+        }
+    };
+    auto H = [](int32_t v) -> int32_t {
+        switch (v) {
+        case 32: return 31;
+        case 33: return 32;
+        case 34: return 33;
+        case 35: return 34;
+        case 49: return 38;
+        default: return kTPifUnset;
+        }
+    };
+    auto Z = [](int32_t v) -> int32_t { return v == 38 ? 25 : v == 39 ? 26 : kTPifUnset; };
+
+    FinishingData f;
+    switch (choice) {
+    case 0:
+    case 24:
+        if (booklet == 7)
+            f.fold = 10;
+        else if (booklet == 8)
+            f.staple = 7;
+        break;
+    case 1: f.fold = 9; break;
+    case 3: f.fold = 15; break;
+    case 4:
+    case 9:
+    case 25: f.staple = S(staple); break;
+    case 14: f.fold = bind == 15 ? 13 : bind == 16 ? 14 : kTPifUnset; break;
+    case 18: f.fold = fold == 19 ? 11 : fold == 20 ? 12 : kTPifUnset; break;
+    case 22: f.templateName = escaped(t, "com.talmo.print.FinishingCustom"); break;
+    case 30:
+        switch (hole) {
+        case 33: f.holePunch = 32; break;
+        case 32: f.holePunch = 31; break;
+        case 34: f.holePunch = 33; break;
+        case 35: f.holePunch = 34; break;
+        default: break;
+        }
+        break;
+    case 32: f.holePunch = 31; break;
+    case 33: f.holePunch = 32; break;
+    case 34: f.holePunch = 33; break;
+    case 35: f.holePunch = 34; break;
+    case 36: f.fold = Z(zfold); break;
+    case 40:
+        switch (fold) {
+        case 41: f.fold = 21; break;
+        case 42: f.fold = 22; break;
+        case 43: f.fold = 23; break;
+        case 44: f.fold = 24; break;
+        case 45: f.fold = 27; break;
+        case 46: f.fold = 28; break;
+        case 47: f.fold = 29; break;
+        case 48: f.fold = 30; break;
+        default: break;
+        }
+        break;
+    case 49: f.holePunch = H(hole), f.staple = S(staple); break;
+    case 50: f.fold = Z(zfold), f.holePunch = H(hole), f.staple = S(staple); break;
+    case 51: f.fold = Z(zfold), f.staple = S(staple); break;
+    case 52: f.fold = Z(zfold), f.holePunch = H(hole); break;
+    default: break;
+    }
+    switch (choice) {
+    case 30: case 32: case 33: case 34: case 35: case 49: case 50: case 52: {
+        const int32_t options = getI32Or(t, "com.talmo.print.FinishingHolePunchOptions", 4);
+        f.holeCount = options == 3 ? 35 : options == 4 ? 36 : options == 5 ? 37 : kTPifUnset;
+        break;
+    }
+    default:
+        break;
+    }
+    WriteTPifFinishing(sink, f);
+    f.templateName.reset();
+    WriteTPIFOffset(sink, t);
+}
+
+void WriteTPIFOffset(const writeData* sink, const pl::DictPtr& t)
+{
+    switch (getI32Or(t, "com.talmo.print.FinishingOffset", 0)) {
+    case 2: WriteTPifCommands(sink, 7, 0); break;
+    case 3: WriteTPifCommands(sink, 7, 1); break;
+    case 4: WriteTPifCommands(sink, 7, 2); break;
+    case 5: WriteTPifCommands(sink, 7, 3); break;
+    default: break;
+    }
+    if (isSet(t, "com.talmo.print.FinishingOffsetEnableSubset"))
+        if (auto pages = getI32(t, "com.talmo.print.FinishingOffsetPagesPerSubset"))
+            WriteTPifCommands(sink, 8, *pages);
+}
+
+void WriteTPIFJobNotes(const writeData* sink, const pl::DictPtr& t)
+{
+    WriteTPifJobNotes(sink, escaped(t, "com.talmo.print.JobNotesMessage"),
+                      escaped(t, "com.talmo.print.JobNotesRecipient"),
+                      escaped(t, "com.talmo.print.JobNotesSheetMessage"),
+                      escaped(t, "com.talmo.print.JobNotesAdditionalInfo"));
+}
+
+void WriteTPIFJobType(const writeData* sink, const pl::DictPtr& t)
+{
+    auto jobType = t->getDict("com.talmo.print.JobType");
+    if (!jobType)
+        return;
+    JobData job;
+    FillJobTypeData(job, jobType, t);
+    WriteTPifJobTypes(sink, job);
+}
+
+void WriteTPIFDuplex(const writeData* sink, const pl::DictPtr& t)
+{
+    auto v = getI32(t, "com.talmo.print.FinishingDuplex");
+    if (!v)
+        v = getI32(t, key::PMDuplexing);
+    WriteTPifCommands(sink, 2, v == 3 ? 2 : v == 2 ? 1 : 0);
+}
+
+void WriteTPIFOutputDestination(const writeData* sink, const pl::DictPtr& t)
+{
+    int32_t bin = -1;
+    switch (getI32Or(t, "com.talmo.print.FinishingOutputDestination", -1)) {
+    case 1: bin = 0; break;
+    case 2: case 3: bin = 1; break;
+    case 4: case 12: bin = 2; break;
+    case 5: bin = 6; break;
+    case 6: bin = 7; break;
+    case 8: bin = 4; break;
+    case 9: bin = 5; break;
+    case 16: bin = 8; break;
+    case 17: bin = 9; break;
+    default: break; // an empty write
+    }
+    WriteTPifCommands(sink, 4, bin);
+}
+
+void WriteTPIFResolution(const writeData* sink, const pl::DictPtr& t)
+{
+    ResolutionData r;
+    switch (getI32Or(t, "com.talmo.print.Resolution", 0)) {
+    case 1: r.crossFeed = r.feedDirection = 300; break;
+    case 2: r.crossFeed = r.feedDirection = 600; break;
+    case 3: r.crossFeed = 1200, r.feedDirection = 600; break;
+    case 4: r.crossFeed = r.feedDirection = 1200; break;
+    default: return;
+    }
+    WriteTPifResolution(sink, r);
+}
+
+void WriteTPIFHighlightColor(const writeData* sink, const pl::DictPtr& options)
+{
+    HighlightColorData h;
+    FillHighlightColorData(h, options);
+    WriteTPifHLC(sink, h);
+}
+
+void WriteTPIFImageShift(const writeData* sink, const pl::DictPtr& shift)
+{
+    if (!shift)
+        return;
+    PageData page;
+    FillImageShift(page, shift);
+    WriteTPifImageShift(sink, page.xSide1, page.xSide2, page.ySide1, page.ySide2);
+}
+
+void WriteTPIFFullColor(const writeData* sink, const pl::DictPtr& options)
+{
+    if (!options)
+        return;
+    PageData page;
+    FillFullColorOptions(page, options);
+    WriteTPifFullColor(sink, page);
+    FinalizePageData(page);
+}
+
+namespace {
+
+// One ticket number -> one command; `convert` returns false to write nothing.
+template <class F> void simple(const writeData* sink, const pl::DictPtr& t, const char* k, int command, F convert)
+{
+    auto v = getI32(t, k);
+    if (!v)
+        return;
+    int32_t out = 0;
+    if (convert(static_cast<int64_t>(*v), out))
+        WriteTPifCommands(sink, command, out);
+}
+
+bool asIs(int64_t v, int32_t& out)
+{
+    out = static_cast<int32_t>(v);
+    return true;
+}
+
+bool minusTwo(int64_t v, int32_t& out)
+{
+    out = clamp32(v - 2);
+    return true;
+}
+
+} // namespace
+
+void WriteTPIFOPISubsitution(const writeData* sink, const pl::DictPtr& t)
+{
+    simple(sink, t, "com.talmo.print.OPISubsitution", 12, minusTwo);
+}
+
+void WriteTPIFOPIPreScan(const writeData* sink, const pl::DictPtr& t)
+{
+    simple(sink, t, "com.talmo.print.OPIPrescan", 13, minusTwo);
+}
+
+void WriteTPIFAntiAliasing(const writeData* sink, const pl::DictPtr& t)
+{
+    simple(sink, t, "com.talmo.print.Antialiasing", 14, asIs);
+}
+
+void WriteTPIFHalftone(const writeData* sink, const pl::DictPtr& t)
+{
+    if (auto v = getI32(t, "com.talmo.print.HalftoneScreen"))
+        WriteTPifHalfTone(sink, *v);
+}
+
+void WriteTPIFLightenDarken(const writeData* sink, const pl::DictPtr& t)
+{
+    simple(sink, t, "com.talmo.print.LightenDarken", 5, asIs);
+}
+
+void WriteTPIFTonerSaver(const writeData* sink, const pl::DictPtr& t)
+{
+    simple(sink, t, "com.talmo.print.TonerSaver", 6, [](int64_t v, int32_t& out) {
+        out = v != 0 ? 1 : 0;
+        return true;
+    });
+}
+
+void WriteTPIFOutputOrder(const writeData* sink, const pl::DictPtr& t)
+{
+    simple(sink, t, "com.talmo.print.OutputOrder", 29, asIs);
+}
+
+void WriteTPIFPrinterEmulation(const writeData* sink, const pl::DictPtr& t)
+{
+    simple(sink, t, "com.talmo.print.DravikEmulation", 9, asIs);
+}
+
+void WriteTPIFImageRotation(const writeData* sink, const pl::DictPtr& t)
+{
+    simple(sink, t, "com.talmo.print.AdvancedRotateImage180", 10, [](int64_t v, int32_t& out) {
+        out = v == 1 ? 1 : 0;
+        return v == 1 || v == 2;
+    });
+}
+
+void WriteTPIFOutputColor(const writeData* sink, const pl::DictPtr& t)
+{
+    simple(sink, t, "com.talmo.print.FinishingOutputColor", 30, asIs);
+}
+
+void WriteTPIFBackgroundForms(const writeData* sink, const pl::DictPtr& t)
+{
+    diag("DEBUG: ******* WriteTPIFBackgroundForms\n");
+    if (!t)
+        return;
+    diag("DEBUG: ******* WriteTPIFBackgroundForms: valid ticket\n");
+    auto options = t->getDict("com.talmo.print.BackgroundFormsOptions");
+    if (!options)
+        return;
+    diag("DEBUG: ******* WriteTPIFBackgroundForms: valid bg options ticket\n");
+    const int32_t jobType = getI32Or(t->getDict("com.talmo.print.JobType"), "JobType", 0);
+    diag("DEBUG: ******** jobType = %ld\n", static_cast<long>(jobType));
+    BgFormsData forms;
+    forms.useExisting = getI32Or(options, "UseExistingForm", 1) == 2;
+    std::optional<std::string> name;
+    if (forms.useExisting)
+        name = escaped(options, "MergeWithString");
+    else if (isSet(options, "UseDocumentName"))
+        name = escaped(t, key::JobName);
+    else
+        name = escaped(options, "NewFormString");
+    forms.formName = name.value_or("");
+    forms.cycleStart = getI32Or(options, "CyclePages", 0);
+    const bool inches = !options->contains("Inches") || getI32Or(options, "Inches", 1) > 0;
+    const bool full = options->getBool("FullPrecision").value_or(false);
+    forms.xShift = TPifShiftToHundredthsMm(options->getInt("X1").value_or(0), inches, full);
+    forms.yShift = TPifShiftToHundredthsMm(options->getInt("Y1").value_or(0), inches, full);
+    WriteTPifBackgroundForms(sink, forms);
+}
+
+void WriteTPIFAccounting(const writeData* sink, const pl::DictPtr& t)
+{
+    if (!t)
+        return;
+    diag("DEBUG: Ticket is valid\n");
+    auto on = getI32(t, "com.talmo.Act.tpif.On");
+    if (!on) {
+        diag("DEBUG: No accounting ticket present\n");
+        return;
+    }
+    diag("DEBUG: Found accounting key: %ld\n", static_cast<long>(*on));
+    if (*on == 0)
+        return;
+    diag("DEBUG: Accounting is enabled\n");
+    const std::string uid = t->getString("com.talmo.Act.tpif.UID").value_or("");
+    const std::string aid = t->getString("com.talmo.Act.tpif.AID").value_or("");
+    diag("DEBUG: user id %s, acct id %s\n", uid.c_str(), aid.c_str());
+    WriteTPifAccounting(sink, XMLCreateStringByEscapingEntities(uid), XMLCreateStringByEscapingEntities(aid));
+}
+
+void WriteTPIFPagesToPrint(const writeData* sink, const pl::DictPtr& t)
+{
+    if (!isSet(t, "com.talmo.print.PagesToPrintSelected"))
+        return;
+    WriteTPifPageRanges(sink, getI32Or(t, "com.talmo.print.PagesToPrintFrom", 1),
+                        getI32Or(t, "com.talmo.print.PagesToPrintTo", 1));
+}
+
+void WriteTPIFToSink(const writeData* sink, const pl::DictPtr& t)
+{
+    auto options = t ? t->getDict(key::TPIFOptions) : nullptr;
+    if (!options)
+        return;
+    if (options->contains("TPIFOptionAll")) {
+        WriteTPifHeader(sink, 5);
+        WriteTPIFJobNameAndUser(sink, t);
+        WriteTPifJobAttribStart(sink);
+        WriteTPIFJobLevelStock(sink, t);
+        WriteTPIFFrontCover(sink, t);
+        WriteTPIFBackCover(sink, t);
+        WriteTPIFInserts(sink, t);
+        WriteTPIFExceptions(sink, t);
+        WriteTPIFFinishing(sink, t);
+        WriteTPIFJobNotes(sink, t);
+        WriteTPIFJobType(sink, t);
+        WriteTPIFDuplex(sink, t);
+        WriteTPIFOutputDestination(sink, t);
+        WriteTPIFResolution(sink, t);
+        WriteTPIFHighlightColor(sink, t); // deliberately twice: the whole ticket, then the job options
+        if (auto shift = t->getDict(key::ImageShiftJob))
+            WriteTPIFImageShift(sink, shift);
+        if (auto hlc = t->getDict(key::HighlightJob))
+            WriteTPIFHighlightColor(sink, hlc);
+        if (auto color = t->getDict(key::FullColor))
+            WriteTPIFFullColor(sink, color);
+        WriteTPIFOPISubsitution(sink, t);
+        WriteTPIFOPIPreScan(sink, t);
+        WriteTPIFAntiAliasing(sink, t);
+        WriteTPIFHalftone(sink, t);
+        WriteTPIFLightenDarken(sink, t);
+        WriteTPIFTonerSaver(sink, t);
+        WriteTPIFOutputOrder(sink, t);
+        WriteTPIFPrinterEmulation(sink, t);
+        WriteTPIFImageRotation(sink, t);
+        WriteTPIFOutputColor(sink, t);
+        WriteTPIFBackgroundForms(sink, t);
+        WriteTPIFAccounting(sink, t);
+        WriteTPIFPagesToPrint(sink, t);
+        WriteTPifJobAttribEnd(sink);
+        WriteTPifTrailer(sink);
+        return;
+    }
+    const bool covers = options->contains("TPIFOptionCovers");
+    const bool inserts = options->contains("TPIFOptionInserts");
+    const bool exceptions = options->contains("TPIFOptionExceptions");
+    const bool any = (covers && (has(t, key::FrontCover) || has(t, key::BackCover))) ||
+                     (inserts && has(t, key::InsertList)) || (exceptions && has(t, key::ExceptionList));
+    if (!any)
+        return;
+    WriteTPifHeader(sink, 5);
+    WriteTPifJobAttribStart(sink);
+    if (covers) {
+        WriteTPIFFrontCover(sink, t);
+        WriteTPIFBackCover(sink, t);
+    }
+    if (inserts)
+        WriteTPIFInserts(sink, t);
+    if (exceptions)
+        WriteTPIFExceptions(sink, t);
+    WriteTPifJobAttribEnd(sink);
+    WriteTPifTrailer(sink);
+}
+
+void WriteTPIF(FILE* stream, const pl::DictPtr& settingsTicket)
+{
+    tpif_ofp = stream;
+    static const writeData sink = {nullptr, DevWriteTpif};
+    WriteTPIFToSink(&sink, settingsTicket);
+}
+
+} // namespace talmo
