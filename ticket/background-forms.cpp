@@ -278,6 +278,33 @@ bool BackgroundFormsOptions::saveHistory() const
     return WriteUserPreferences(kBackgroundFormsFile, prefs);
 }
 
+OSStatus ApplyBackgroundFormsPages(BackgroundFormsOptions& options, int32_t row, int32_t fromFormPage)
+{
+    int32_t cycle = 0;
+    switch (row) {
+    case kApplyThroughoutJob:
+        cycle = 1;
+        break;
+    case kApplyOnce:
+        cycle = 0;
+        break;
+    case kApplyOnceThenRepeat:
+        if (fromFormPage < kMinRepeatFormPage || fromFormPage > kMaxRepeatFormPage)
+            return paramErr;
+        cycle = fromFormPage;
+        break;
+    default:
+        return paramErr;
+    }
+    options.setApplyPagesFrom(row);
+    return options.setCyclePages(cycle, row != kApplyOnceThenRepeat);
+}
+
+int32_t BackgroundFormsRepeatSpinValue(int32_t cyclePages)
+{
+    return cyclePages < kMinRepeatFormPage ? kMinRepeatFormPage : cyclePages;
+}
+
 bool operator==(const BackgroundFormsOptions& a, const BackgroundFormsOptions& b)
 {
     return a.useExistingForm_ == b.useExistingForm_ && a.cyclePages_ == b.cyclePages_ && a.inches_ == b.inches_ &&

@@ -101,4 +101,13 @@ private:
     Name newFormString_;
 };
 
+// The background form dialog's OK, without the toolkit. Apply-pages row 1 "Throughout Job"
+// stores cyclePages 1, row 2 "Once" 0, row 3 "Once, Then Repeat" the from-form-page value
+// through the checked setter; the row goes to applyPagesFrom. paramErr for another row or a
+// from-form-page value outside 2..999999 on row 3, and then nothing changes.
+OSStatus ApplyBackgroundFormsPages(BackgroundFormsOptions& options, int32_t row, int32_t fromFormPage);
+// What the from-form-page spin shows for a stored cyclePages: below 2 (throughout, once) the
+// spin's default, 2.
+int32_t BackgroundFormsRepeatSpinValue(int32_t cyclePages);
+
 } // namespace talmo

@@ -94,6 +94,15 @@ pl::DictPtr ImageShiftCreateTicketFromOptions(const _IS_Options* options, int32_
     return d;
 }
 
+void DefaultImageShift(_IS_Options& o)
+{
+    o.valid = 1;
+    o.stockSize = kNotSet;
+    o.option = kNotSet;
+    o.inches = 1;
+    o.x1 = o.x2 = o.y1 = o.y2 = 0;
+}
+
 ImageShiftSide2 ImageShiftSide2Rule(int32_t mode, int32_t duplex, int32_t x1, int32_t y1, int32_t x2, int32_t y2)
 {
     ImageShiftSide2 r{x2, y2, true, false, false};

@@ -59,6 +59,10 @@ OSStatus ImageShiftSetOptionsFromTicket(_IS_Options* options, const pl::DictPtr&
 // options is null, not valid or the mode is unset. The context does not change the output.
 pl::DictPtr ImageShiftCreateTicketFromOptions(const _IS_Options* options, int32_t context = 0);
 
+// The dialog's "Revert": valid, stock size and mode unset, inch mode, no shift. The duplex
+// setting, which comes from the job, stays.
+void DefaultImageShift(_IS_Options& options);
+
 // How side 2 follows side 1 in a mode, and which fields the dialog lets the user edit.
 struct ImageShiftSide2 {
     int32_t x2 = 0;

@@ -140,6 +140,35 @@ TEST_F(BackgroundFormsTest, CyclePagesCheckedOnlyTakesRepeatPages)
     }
 }
 
+TEST_F(BackgroundFormsTest, ApplyPagesRowsSetCyclePages)
+{
+    struct Case {
+        int32_t row, fromPage;
+        OSStatus expected;
+        int32_t applyPagesFrom, cyclePages;
+    } cases[] = {
+        {1, 0, noErr, 1, 1},           {2, 500, noErr, 2, 0},        {3, 2, noErr, 3, 2},
+        {3, 999999, noErr, 3, 999999}, {3, 1, paramErr, 3, 77},      {3, 1000000, paramErr, 3, 77},
+        {4, 5, paramErr, 3, 77},       {0, 5, paramErr, 3, 77},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << "row " << c.row << " from " << c.fromPage);
+        BackgroundFormsOptions o;
+        o.setApplyPagesFrom(3);
+        o.setCyclePages(77, false);
+        EXPECT_EQ(ApplyBackgroundFormsPages(o, c.row, c.fromPage), c.expected);
+        int32_t apply = 0, cycle = 0;
+        o.applyPagesFrom(&apply);
+        o.cyclePages(&cycle);
+        EXPECT_EQ(apply, c.applyPagesFrom);
+        EXPECT_EQ(cycle, c.cyclePages);
+    }
+    EXPECT_EQ(BackgroundFormsRepeatSpinValue(0), 2);
+    EXPECT_EQ(BackgroundFormsRepeatSpinValue(1), 2);
+    EXPECT_EQ(BackgroundFormsRepeatSpinValue(INT32_MIN), 2);
+    EXPECT_EQ(BackgroundFormsRepeatSpinValue(40), 40);
+}
+
 TEST_F(BackgroundFormsTest, FromTicketResetsEveryFieldTheDictionaryLacks)
 {
     BackgroundFormsOptions o;

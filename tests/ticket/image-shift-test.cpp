@@ -184,6 +184,13 @@ TEST(ImageShiftInit, SetsTheInitialValues)
     EXPECT_EQ(ImageShiftInitialize(nullptr), paramErr);
 }
 
+TEST(ImageShiftInit, RevertKeepsOnlyTheJobsDuplex)
+{
+    _IS_Options o{0, 4, 1, 7, 0, 0, 10, 20, 30, 40};
+    DefaultImageShift(o);
+    EXPECT_EQ(o, (_IS_Options{1, kNotSet, 1, kNotSet, 0, 1, 0, 0, 0, 0}));
+}
+
 // Side 1 is x1 = 50, y1 = -20; side 2 starts at 7, 9 so "free" and "unchanged" show.
 TEST(ImageShiftRule, SideTwoFollowsSideOneByMode)
 {
