@@ -5,3 +5,4 @@
 #include "settings/settings.h"
 #include "marking/sfnt.h"
 #include "marking/type42.h"
+#include "marking/watermark.h"
