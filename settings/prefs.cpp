@@ -91,6 +91,24 @@ bool isRegularFile(const std::string& path)
     return ::stat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode);
 }
 
+// Preference files are regular files: anything else (a FIFO would block the dialog on open, a
+// device would never end) is unreadable.
+bool readPreferenceFile(const std::string& path, std::string& bytes, int* errorCode = nullptr)
+{
+    struct stat st;
+    if (::stat(path.c_str(), &st) != 0) {
+        if (errorCode)
+            *errorCode = errno;
+        return false;
+    }
+    if (!S_ISREG(st.st_mode)) {
+        if (errorCode)
+            *errorCode = EINVAL;
+        return false;
+    }
+    return ReadFileBytes(path, bytes, pl::kMaxPlistBytes, errorCode);
+}
+
 } // namespace
 
 std::optional<std::string> CopyPreferenceFileURL(std::string_view fileName)
@@ -125,10 +143,10 @@ pl::ValuePtr CopyXMLData(std::string_view fileName)
         return nullptr;
     std::string bytes;
     int err = 0;
-    if (!ReadFileBytes(*path, bytes, pl::kMaxPlistBytes, &err)) {
+    if (!readPreferenceFile(*path, bytes, &err)) {
         // Nothing of the user's yet: fall back to the shipped default of the same name.
         auto shipped = err == ENOENT ? CopySharedDefaultsPath(fileName) : std::nullopt;
-        if (!shipped || !ReadFileBytes(*shipped, bytes, pl::kMaxPlistBytes))
+        if (!shipped || !readPreferenceFile(*shipped, bytes))
             return nullptr;
     }
     pl::ParseResult result;
@@ -156,7 +174,7 @@ pl::DictPtr CopyUserPreferences(std::string_view fileName)
     if (!path)
         return nullptr;
     std::string bytes;
-    if (ReadFileBytes(*path, bytes, pl::kMaxPlistBytes)) {
+    if (readPreferenceFile(*path, bytes)) {
         if (auto dict = pl::as<pl::Dictionary>(pl::readPlist(bytes)))
             return dict;
     }

@@ -1,6 +1,7 @@
 #include "tests/settings/prefs-fixture.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 
@@ -108,6 +109,22 @@ TEST_F(Prefs, MissingDamagedOrNonDictionaryUserFileReadsAsEmptyDictionary)
         EXPECT_TRUE(d->empty()) << c.what;
         d->setInt("usable", 1); // mutable
     }
+}
+
+TEST_F(Prefs, FifoOrFolderInPlaceOfAFileReadsAsUnreadableWithoutBlocking)
+{
+    const std::string shared = "com.talmo.printing.watermarks.plist";
+    std::filesystem::create_directories(prefsFolder());
+    std::filesystem::create_directories(dataHome() + "/Talmo/" + shared);
+    ASSERT_EQ(::mkfifo(prefsFile(kInputHistory).c_str(), 0600), 0);
+    ::alarm(10); // opening a FIFO without a writer would wait forever
+    auto d = CopyUserPreferences(kInputHistory);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(CopyXMLData(shared), nullptr);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    ::alarm(0);
+    ASSERT_TRUE(d);
+    EXPECT_TRUE(d->empty());
 }
 
 TEST_F(Prefs, UserFileReadsBackWithMutableContainers)
