@@ -23,6 +23,26 @@ struct CtxtDeleter {
 using DocPtr = std::unique_ptr<xmlDoc, DocDeleter>;
 using CtxtPtr = std::unique_ptr<xmlParserCtxt, CtxtDeleter>;
 
+// libxml2 reports failed encoding conversions through its generic handler, past
+// XML_PARSE_NOERROR; reading a damaged file must print nothing, so that handler is silenced for
+// the parse (it is per thread) and restored afterwards.
+void ignoreGenericError(void*, const char*, ...) {}
+
+class SilentGenericErrors {
+public:
+    SilentGenericErrors() : func_(xmlGenericError), context_(xmlGenericErrorContext)
+    {
+        xmlSetGenericErrorFunc(nullptr, ignoreGenericError);
+    }
+    ~SilentGenericErrors() { xmlSetGenericErrorFunc(context_, func_); }
+    SilentGenericErrors(const SilentGenericErrors&) = delete;
+    SilentGenericErrors& operator=(const SilentGenericErrors&) = delete;
+
+private:
+    xmlGenericErrorFunc func_;
+    void* context_;
+};
+
 bool isXmlSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 
 std::string_view trim(std::string_view s)
@@ -580,6 +600,7 @@ ValuePtr readPlist(std::string_view xml, ParseResult* result)
         return nullptr;
     }
     const int options = XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
+    SilentGenericErrors quiet;
     DocPtr doc(xmlCtxtReadMemory(ctxt.get(), xml.data(), static_cast<int>(xml.size()), nullptr, nullptr, options));
     if (!doc) {
         const xmlError* e = xmlCtxtGetLastError(ctxt.get());

@@ -44,5 +44,20 @@ TEST(PlistLimits, ParameterEntityDeclarationsAreRefusedLikeGeneralOnes)
     }
 }
 
+TEST(PlistLimits, UndecodableTextIsRefusedWithoutPrintingAnything)
+{
+    // Bytes that the declared encoding cannot convert: libxml2 would report them on stderr.
+    for (const char* encoding : {"UCS-4", "SHIFT_JIS", "UTF-32"}) {
+        const std::string doc = std::string("<?xml version='1.0' encoding='") + encoding +
+                                "'?><plist><string>\xff\xfe\x00\x00\x00\xd8</string></plist>";
+        ParseResult r;
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(readPlist(doc, &r), nullptr) << encoding;
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << encoding;
+        EXPECT_EQ(r.status, ParseResult::Status::NotXml) << encoding;
+        EXPECT_FALSE(r.message.empty()) << encoding;
+    }
+}
+
 } // namespace
 } // namespace talmo::pl
