@@ -7,5 +7,6 @@
 #include "settings/ticket-access.h"
 #include "settings/ticket-keys.h"
 #include "settings/maps.h"
+#include "settings/history.h"
 #include "settings/numbers.h"
 #include "settings/xml-entities.h"
