@@ -1,5 +1,6 @@
 // talmo tpif export SETTINGS.plist [-o OUT]: writes the TPIF document of a settings ticket.
 #include "cli/command.h"
+#include "platform/atomic-file.h"
 #include "platform/platform.h"
 #include "tpif/tpif.h"
 
@@ -7,9 +8,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace {
 
@@ -18,43 +16,22 @@ std::string errnoText()
     return std::strerror(errno);
 }
 
-// Writes the document to a temporary file beside `out`, syncs it and renames it into place,
-// so a failed export never leaves a half-written document behind.
-int exportAtomically(const talmo::pl::DictPtr& ticket, const std::string& out)
+// The whole document, through the writer's stream sink, as bytes.
+bool renderDocument(const talmo::pl::DictPtr& ticket, std::string& out)
 {
-    using namespace talmo;
-    const auto slash = out.rfind('/');
-    const std::string dir = slash == std::string::npos ? "." : (slash == 0 ? "/" : out.substr(0, slash));
-    std::string tmpl = dir + "/.tpif-export-XXXXXX";
-    int fd = mkstemp(tmpl.data());
-    if (fd < 0)
-        return cli::fail("cannot create a file in " + dir + ": " + errnoText());
-    FILE* f = fdopen(fd, "wb");
-    if (!f) {
-        close(fd);
-        unlink(tmpl.c_str());
-        return cli::fail("cannot write " + out + ": " + errnoText());
-    }
-    WriteTPIF(f, ticket);
-    tpif_ofp = nullptr;
-    bool ok = std::fflush(f) == 0 && !std::ferror(f) && fsync(fileno(f)) == 0;
-    const int savedErrno = errno;
-    ok = std::fclose(f) == 0 && ok;
-    if (ok) {
-        // mkstemp makes the file private; an export is an ordinary document.
-        const mode_t mask = umask(0);
-        umask(mask);
-        chmod(tmpl.c_str(), 0666 & ~mask);
-        ok = std::rename(tmpl.c_str(), out.c_str()) == 0;
-    } else {
-        errno = savedErrno;
-    }
-    if (!ok) {
-        const std::string why = errnoText();
-        unlink(tmpl.c_str());
-        return cli::fail("cannot write " + out + ": " + why);
-    }
-    return 0;
+    char* buf = nullptr;
+    size_t len = 0;
+    FILE* f = open_memstream(&buf, &len);
+    if (!f)
+        return false;
+    talmo::WriteTPIF(f, ticket);
+    talmo::tpif_ofp = nullptr;
+    const bool ok = std::fflush(f) == 0 && !std::ferror(f);
+    std::fclose(f);
+    if (ok)
+        out.assign(buf, len);
+    std::free(buf);
+    return ok;
 }
 
 int tpifExport(const std::vector<std::string>& args)
@@ -84,8 +61,16 @@ int tpifExport(const std::vector<std::string>& args)
     auto ticket = pl::as<pl::Dictionary>(root);
     if (!ticket)
         return cli::fail(in + ": the settings must be a dictionary");
-    if (!out.empty())
-        return exportAtomically(ticket, out);
+    if (!out.empty()) {
+        // A failed export never leaves a half-written document behind.
+        std::string doc;
+        if (!renderDocument(ticket, doc))
+            return cli::fail("cannot build the document: " + errnoText());
+        int error = 0;
+        if (!WriteFileAtomically(out, doc, 0644, &error))
+            return cli::fail("cannot write " + out + ": " + std::strerror(error));
+        return 0;
+    }
     WriteTPIF(stdout, ticket);
     tpif_ofp = nullptr;
     if (std::fflush(stdout) != 0 || std::ferror(stdout))

@@ -908,6 +908,8 @@ int WriteTPifBackgroundForms(const writeData* sink, const BgFormsData& forms)
     }
     sendText(sink, "\t\t<forms-col syntax=\"1setOf\">\n\t\t\t<value syntax=\"collection\">\n");
     nameElement(line, "\t\t\t\t", "form-name", forms.formName);
+    line.send(sink);
+    line.clear();
     line.add("\t\t\t\t<form-cycle-start syntax=\"integer\">%d</form-cycle-start>\n"
              "\t\t\t\t<forms-x-image-shift syntax=\"integer\">%ld</forms-x-image-shift>\n"
              "\t\t\t\t<forms-y-image-shift syntax=\"integer\">%ld</forms-y-image-shift>\n",
