@@ -1,6 +1,7 @@
 #include "tpif/writer.h"
 
 #include "platform/status.h"
+#include "settings/ticket-keys.h"
 #include "tpif/escape.h"
 
 #include <algorithm>
@@ -14,19 +15,15 @@ namespace {
 // The writer reads the ticket and record dictionaries by their stored keys rather than through
 // the record classes: it must write exactly what a stored ticket holds (including values a
 // record's setters would refuse), and it never needs a record's behaviour beyond reading.
+//
+// Platform keys consulted as fallbacks, and the accounting keys, which are not ticket items of
+// this system.
 namespace key {
-constexpr const char* TPIFOptions = "com.talmo.print.TPIFOptions";
-constexpr const char* JobLevelStock = "com.talmo.print.JobLevelStock";
-constexpr const char* FrontCover = "com.talmo.print.SpecialPages.FrontCover";
-constexpr const char* BackCover = "com.talmo.print.SpecialPages.BackCover";
-constexpr const char* InsertList = "com.talmo.print.SpecialPages.InsertList";
-constexpr const char* ExceptionList = "com.talmo.print.SpecialPages.ExceptionList";
-constexpr const char* ImageShiftJob = "com.talmo.print.ImageShiftOptionsJob";
-constexpr const char* ImageShiftPage = "com.talmo.print.ImageShiftOptionsPage";
-constexpr const char* HighlightJob = "com.talmo.print.HighlightColorOptionsJob";
-constexpr const char* FullColor = "com.talmo.print.FullColorOptions";
 constexpr const char* JobName = "com.apple.print.JobInfo.PMJobName";
 constexpr const char* PMDuplexing = "com.apple.print.PrintSettings.PMDuplexing";
+constexpr const char* AccountingOn = "com.talmo.Act.tpif.On";
+constexpr const char* AccountingUser = "com.talmo.Act.tpif.UID";
+constexpr const char* AccountingAccount = "com.talmo.Act.tpif.AID";
 } // namespace key
 
 void diag(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
@@ -362,32 +359,32 @@ void FillHighlightColorData(HighlightColorData& h, const pl::DictPtr& d)
 
 void WriteTPIFJobNameAndUser(const writeData* sink, const pl::DictPtr& t)
 {
-    auto name = t->getBool("com.talmo.print.JobNotesUseJobName").value_or(false)
+    auto name = t->getBool(kJobNotesUseJobNameKey).value_or(false)
                     ? escaped(t, key::JobName)
-                    : escaped(t, "com.talmo.print.JobNotesJobName");
-    auto user = escaped(t, "com.talmo.print.JobNotesSenderName");
+                    : escaped(t, kJobNotesJobNameKey);
+    auto user = escaped(t, kJobNotesSenderNameKey);
     WriteTPifOpAttrib(sink, name.value_or(""), user.value_or(""));
 }
 
 void WriteTPIFJobLevelStock(const writeData* sink, const pl::DictPtr& t)
 {
-    if (auto stock = t->getDict(key::JobLevelStock))
+    if (auto stock = t->getDict(kJobLevelStockKey))
         writeMediaFrom(sink, stock);
 }
 
 void WriteTPIFFrontCover(const writeData* sink, const pl::DictPtr& t)
 {
-    writeCover(sink, t, key::FrontCover, 0);
+    writeCover(sink, t, kSpecialPagesFrontCoverKey, 0);
 }
 
 void WriteTPIFBackCover(const writeData* sink, const pl::DictPtr& t)
 {
-    writeCover(sink, t, key::BackCover, 1);
+    writeCover(sink, t, kSpecialPagesBackCoverKey, 1);
 }
 
 void WriteTPIFInserts(const writeData* sink, const pl::DictPtr& t)
 {
-    auto entries = dictEntries(t, key::InsertList);
+    auto entries = dictEntries(t, kSpecialPagesInsertListKey);
     if (entries.empty())
         return;
     WriteTPifSpecialPagesStart(sink, 1);
@@ -402,7 +399,7 @@ void WriteTPIFInserts(const writeData* sink, const pl::DictPtr& t)
 
 void WriteTPIFExceptions(const writeData* sink, const pl::DictPtr& t)
 {
-    auto entries = dictEntries(t, key::ExceptionList);
+    auto entries = dictEntries(t, kSpecialPagesExceptionListKey);
     if (entries.empty())
         return;
     WriteTPifSpecialPagesStart(sink, 0);
@@ -418,7 +415,7 @@ void WriteTPIFExceptions(const writeData* sink, const pl::DictPtr& t)
             page.hasLightenDarken = true;
             page.lightenDarken = *ld;
         }
-        FillImageShift(page, e->getDict(key::ImageShiftPage));
+        FillImageShift(page, e->getDict(kImageShiftOptionsPageKey));
         FillFullColorOptions(page, e->getDict("FullColorOptionsPage"));
         page.antialiasing = getI32Or(e, "Antialiasing", kTPifColorUnset);
         page.halftone = getI32Or(e, "HalftoneScreen", kTPifColorUnset);
@@ -435,24 +432,24 @@ void WriteTPIFExceptions(const writeData* sink, const pl::DictPtr& t)
 void WriteTPIFFinishing(const writeData* sink, const pl::DictPtr& t)
 {
     auto num = [&](const char* k) { return getI32Or(t, k, 0); };
-    const int32_t choice = num("com.talmo.print.FinishingOptions");
-    const int32_t zfold = num("com.talmo.print.FinishingZFoldValue");
-    int32_t staple = num("com.talmo.print.FinishingStaple1Value");
+    const int32_t choice = num(kFinishingOptionsKey);
+    const int32_t zfold = num(kFinishingZFoldValueKey);
+    int32_t staple = num(kFinishingStaple1ValueKey);
     if (staple == 0)
-        staple = num("com.talmo.print.FinishingStaple2Value");
+        staple = num(kFinishingStaple2ValueKey);
     if (staple == 0)
-        staple = num("com.talmo.print.FinishingStapleCenterValue");
-    const int32_t hole = num("com.talmo.print.FinishingHolePunchValue");
-    const int32_t fold = num("com.talmo.print.FinishingFoldValue");
-    const int32_t bind = num("com.talmo.print.FinishingBindValue");
-    const int32_t booklet = num("com.talmo.print.BookletFoldStaple");
+        staple = num(kFinishingStapleCenterValueKey);
+    const int32_t hole = num(kFinishingHolePunchValueKey);
+    const int32_t fold = num(kFinishingFoldValueKey);
+    const int32_t bind = num(kFinishingBindValueKey);
+    const int32_t booklet = num(kBookletFoldStapleKey);
     diag("DEBUG: ******* finishingOptions = %ld, foldOptions = %ld, stapleValue = %ld, holePunchValue = %ld, "
          "simpleFoldValue = %ld, bindValue = %ld, bookletValue = %ld\n",
          static_cast<long>(choice), static_cast<long>(zfold), static_cast<long>(staple), static_cast<long>(hole),
          static_cast<long>(fold), static_cast<long>(bind), static_cast<long>(booklet));
-    if (has(t, "com.talmo.print.FinishingSlipSheet")) {
+    if (has(t, kFinishingSlipSheetKey)) {
         diag("DEBUG: ************ SLIPSHEET ************\n");
-        if (num("com.talmo.print.FinishingSlipSheet") == 2) {
+        if (num(kFinishingSlipSheetKey) == 2) {
             diag("DEBUG: ************** SLIPSHEET ON ****************\n");
             WriteTPifCommands(sink, 11, 0);
         }
@@ -503,7 +500,7 @@ void WriteTPIFFinishing(const writeData* sink, const pl::DictPtr& t)
     case 25: f.staple = S(staple); break;
     case 14: f.fold = bind == 15 ? 13 : bind == 16 ? 14 : kTPifUnset; break;
     case 18: f.fold = fold == 19 ? 11 : fold == 20 ? 12 : kTPifUnset; break;
-    case 22: f.templateName = escaped(t, "com.talmo.print.FinishingCustom"); break;
+    case 22: f.templateName = escaped(t, kFinishingCustomKey); break;
     case 30:
         switch (hole) {
         case 33: f.holePunch = 32; break;
@@ -539,7 +536,7 @@ void WriteTPIFFinishing(const writeData* sink, const pl::DictPtr& t)
     }
     switch (choice) {
     case 30: case 32: case 33: case 34: case 35: case 49: case 50: case 52: {
-        const int32_t options = getI32Or(t, "com.talmo.print.FinishingHolePunchOptions", 4);
+        const int32_t options = getI32Or(t, kFinishingHolePunchOptionsKey, 4);
         f.holeCount = options == 3 ? 35 : options == 4 ? 36 : options == 5 ? 37 : kTPifUnset;
         break;
     }
@@ -553,29 +550,29 @@ void WriteTPIFFinishing(const writeData* sink, const pl::DictPtr& t)
 
 void WriteTPIFOffset(const writeData* sink, const pl::DictPtr& t)
 {
-    switch (getI32Or(t, "com.talmo.print.FinishingOffset", 0)) {
+    switch (getI32Or(t, kFinishingOffsetKey, 0)) {
     case 2: WriteTPifCommands(sink, 7, 0); break;
     case 3: WriteTPifCommands(sink, 7, 1); break;
     case 4: WriteTPifCommands(sink, 7, 2); break;
     case 5: WriteTPifCommands(sink, 7, 3); break;
     default: break;
     }
-    if (isSet(t, "com.talmo.print.FinishingOffsetEnableSubset"))
-        if (auto pages = getI32(t, "com.talmo.print.FinishingOffsetPagesPerSubset"))
+    if (isSet(t, kFinishingOffsetEnableSubsetKey))
+        if (auto pages = getI32(t, kFinishingOffsetPagesPerSubsetKey))
             WriteTPifCommands(sink, 8, *pages);
 }
 
 void WriteTPIFJobNotes(const writeData* sink, const pl::DictPtr& t)
 {
-    WriteTPifJobNotes(sink, escaped(t, "com.talmo.print.JobNotesMessage"),
-                      escaped(t, "com.talmo.print.JobNotesRecipient"),
-                      escaped(t, "com.talmo.print.JobNotesSheetMessage"),
-                      escaped(t, "com.talmo.print.JobNotesAdditionalInfo"));
+    WriteTPifJobNotes(sink, escaped(t, kJobNotesMessageKey),
+                      escaped(t, kJobNotesRecipientKey),
+                      escaped(t, kJobNotesSheetMessageKey),
+                      escaped(t, kJobNotesAdditionalInfoKey));
 }
 
 void WriteTPIFJobType(const writeData* sink, const pl::DictPtr& t)
 {
-    auto jobType = t->getDict("com.talmo.print.JobType");
+    auto jobType = t->getDict(kJobTypeKey);
     if (!jobType)
         return;
     JobData job;
@@ -585,7 +582,7 @@ void WriteTPIFJobType(const writeData* sink, const pl::DictPtr& t)
 
 void WriteTPIFDuplex(const writeData* sink, const pl::DictPtr& t)
 {
-    auto v = getI32(t, "com.talmo.print.FinishingDuplex");
+    auto v = getI32(t, kFinishingDuplexKey);
     if (!v)
         v = getI32(t, key::PMDuplexing);
     WriteTPifCommands(sink, 2, v == 3 ? 2 : v == 2 ? 1 : 0);
@@ -594,7 +591,7 @@ void WriteTPIFDuplex(const writeData* sink, const pl::DictPtr& t)
 void WriteTPIFOutputDestination(const writeData* sink, const pl::DictPtr& t)
 {
     int32_t bin = -1;
-    switch (getI32Or(t, "com.talmo.print.FinishingOutputDestination", -1)) {
+    switch (getI32Or(t, kFinishingOutputDestinationKey, -1)) {
     case 1: bin = 0; break;
     case 2: case 3: bin = 1; break;
     case 4: case 12: bin = 2; break;
@@ -612,7 +609,7 @@ void WriteTPIFOutputDestination(const writeData* sink, const pl::DictPtr& t)
 void WriteTPIFResolution(const writeData* sink, const pl::DictPtr& t)
 {
     ResolutionData r;
-    switch (getI32Or(t, "com.talmo.print.Resolution", 0)) {
+    switch (getI32Or(t, kResolutionKey, 0)) {
     case 1: r.crossFeed = r.feedDirection = 300; break;
     case 2: r.crossFeed = r.feedDirection = 600; break;
     case 3: r.crossFeed = 1200, r.feedDirection = 600; break;
@@ -677,33 +674,33 @@ bool minusTwo(int64_t v, int32_t& out)
 
 void WriteTPIFOPISubsitution(const writeData* sink, const pl::DictPtr& t)
 {
-    simple(sink, t, "com.talmo.print.OPISubsitution", 12, minusTwo);
+    simple(sink, t, kOPISubsitutionKey, 12, minusTwo);
 }
 
 void WriteTPIFOPIPreScan(const writeData* sink, const pl::DictPtr& t)
 {
-    simple(sink, t, "com.talmo.print.OPIPrescan", 13, minusTwo);
+    simple(sink, t, kOPIPrescanKey, 13, minusTwo);
 }
 
 void WriteTPIFAntiAliasing(const writeData* sink, const pl::DictPtr& t)
 {
-    simple(sink, t, "com.talmo.print.Antialiasing", 14, asIs);
+    simple(sink, t, kAntialiasingKey, 14, asIs);
 }
 
 void WriteTPIFHalftone(const writeData* sink, const pl::DictPtr& t)
 {
-    if (auto v = getI32(t, "com.talmo.print.HalftoneScreen"))
+    if (auto v = getI32(t, kHalftoneScreenKey))
         WriteTPifHalfTone(sink, *v);
 }
 
 void WriteTPIFLightenDarken(const writeData* sink, const pl::DictPtr& t)
 {
-    simple(sink, t, "com.talmo.print.LightenDarken", 5, asIs);
+    simple(sink, t, kLightenDarkenKey, 5, asIs);
 }
 
 void WriteTPIFTonerSaver(const writeData* sink, const pl::DictPtr& t)
 {
-    simple(sink, t, "com.talmo.print.TonerSaver", 6, [](int64_t v, int32_t& out) {
+    simple(sink, t, kTonerSaverKey, 6, [](int64_t v, int32_t& out) {
         out = v != 0 ? 1 : 0;
         return true;
     });
@@ -711,17 +708,17 @@ void WriteTPIFTonerSaver(const writeData* sink, const pl::DictPtr& t)
 
 void WriteTPIFOutputOrder(const writeData* sink, const pl::DictPtr& t)
 {
-    simple(sink, t, "com.talmo.print.OutputOrder", 29, asIs);
+    simple(sink, t, kOutputOrderKey, 29, asIs);
 }
 
 void WriteTPIFPrinterEmulation(const writeData* sink, const pl::DictPtr& t)
 {
-    simple(sink, t, "com.talmo.print.DravikEmulation", 9, asIs);
+    simple(sink, t, kDravikEmulationKey, 9, asIs);
 }
 
 void WriteTPIFImageRotation(const writeData* sink, const pl::DictPtr& t)
 {
-    simple(sink, t, "com.talmo.print.AdvancedRotateImage180", 10, [](int64_t v, int32_t& out) {
+    simple(sink, t, kAdvancedRotateImage180Key, 10, [](int64_t v, int32_t& out) {
         out = v == 1 ? 1 : 0;
         return v == 1 || v == 2;
     });
@@ -729,7 +726,7 @@ void WriteTPIFImageRotation(const writeData* sink, const pl::DictPtr& t)
 
 void WriteTPIFOutputColor(const writeData* sink, const pl::DictPtr& t)
 {
-    simple(sink, t, "com.talmo.print.FinishingOutputColor", 30, asIs);
+    simple(sink, t, kFinishingOutputColorKey, 30, asIs);
 }
 
 void WriteTPIFBackgroundForms(const writeData* sink, const pl::DictPtr& t)
@@ -738,11 +735,11 @@ void WriteTPIFBackgroundForms(const writeData* sink, const pl::DictPtr& t)
     if (!t)
         return;
     diag("DEBUG: ******* WriteTPIFBackgroundForms: valid ticket\n");
-    auto options = t->getDict("com.talmo.print.BackgroundFormsOptions");
+    auto options = t->getDict(kBackgroundFormsOptionsKey);
     if (!options)
         return;
     diag("DEBUG: ******* WriteTPIFBackgroundForms: valid bg options ticket\n");
-    const int32_t jobType = getI32Or(t->getDict("com.talmo.print.JobType"), "JobType", 0);
+    const int32_t jobType = getI32Or(t->getDict(kJobTypeKey), "JobType", 0);
     diag("DEBUG: ******** jobType = %ld\n", static_cast<long>(jobType));
     BgFormsData forms;
     forms.useExisting = getI32Or(options, "UseExistingForm", 1) == 2;
@@ -767,7 +764,7 @@ void WriteTPIFAccounting(const writeData* sink, const pl::DictPtr& t)
     if (!t)
         return;
     diag("DEBUG: Ticket is valid\n");
-    auto on = getI32(t, "com.talmo.Act.tpif.On");
+    auto on = getI32(t, key::AccountingOn);
     if (!on) {
         diag("DEBUG: No accounting ticket present\n");
         return;
@@ -776,23 +773,23 @@ void WriteTPIFAccounting(const writeData* sink, const pl::DictPtr& t)
     if (*on == 0)
         return;
     diag("DEBUG: Accounting is enabled\n");
-    const std::string uid = t->getString("com.talmo.Act.tpif.UID").value_or("");
-    const std::string aid = t->getString("com.talmo.Act.tpif.AID").value_or("");
+    const std::string uid = t->getString(key::AccountingUser).value_or("");
+    const std::string aid = t->getString(key::AccountingAccount).value_or("");
     diag("DEBUG: user id %s, acct id %s\n", uid.c_str(), aid.c_str());
     WriteTPifAccounting(sink, XMLCreateStringByEscapingEntities(uid), XMLCreateStringByEscapingEntities(aid));
 }
 
 void WriteTPIFPagesToPrint(const writeData* sink, const pl::DictPtr& t)
 {
-    if (!isSet(t, "com.talmo.print.PagesToPrintSelected"))
+    if (!isSet(t, kPagesToPrintSelectedKey))
         return;
-    WriteTPifPageRanges(sink, getI32Or(t, "com.talmo.print.PagesToPrintFrom", 1),
-                        getI32Or(t, "com.talmo.print.PagesToPrintTo", 1));
+    WriteTPifPageRanges(sink, getI32Or(t, kPagesToPrintFromKey, 1),
+                        getI32Or(t, kPagesToPrintToKey, 1));
 }
 
 void WriteTPIFToSink(const writeData* sink, const pl::DictPtr& t)
 {
-    auto options = t ? t->getDict(key::TPIFOptions) : nullptr;
+    auto options = t ? t->getDict(kTPIFOptionsKey) : nullptr;
     if (!options)
         return;
     if (options->contains("TPIFOptionAll")) {
@@ -811,11 +808,11 @@ void WriteTPIFToSink(const writeData* sink, const pl::DictPtr& t)
         WriteTPIFOutputDestination(sink, t);
         WriteTPIFResolution(sink, t);
         WriteTPIFHighlightColor(sink, t); // deliberately twice: the whole ticket, then the job options
-        if (auto shift = t->getDict(key::ImageShiftJob))
+        if (auto shift = t->getDict(kImageShiftOptionsJobKey))
             WriteTPIFImageShift(sink, shift);
-        if (auto hlc = t->getDict(key::HighlightJob))
+        if (auto hlc = t->getDict(kHighlightColorOptionsJobKey))
             WriteTPIFHighlightColor(sink, hlc);
-        if (auto color = t->getDict(key::FullColor))
+        if (auto color = t->getDict(kFullColorOptionsKey))
             WriteTPIFFullColor(sink, color);
         WriteTPIFOPISubsitution(sink, t);
         WriteTPIFOPIPreScan(sink, t);
@@ -837,8 +834,8 @@ void WriteTPIFToSink(const writeData* sink, const pl::DictPtr& t)
     const bool covers = options->contains("TPIFOptionCovers");
     const bool inserts = options->contains("TPIFOptionInserts");
     const bool exceptions = options->contains("TPIFOptionExceptions");
-    const bool any = (covers && (has(t, key::FrontCover) || has(t, key::BackCover))) ||
-                     (inserts && has(t, key::InsertList)) || (exceptions && has(t, key::ExceptionList));
+    const bool any = (covers && (has(t, kSpecialPagesFrontCoverKey) || has(t, kSpecialPagesBackCoverKey))) ||
+                     (inserts && has(t, kSpecialPagesInsertListKey)) || (exceptions && has(t, kSpecialPagesExceptionListKey));
     if (!any)
         return;
     WriteTPifHeader(sink, 5);
