@@ -6,3 +6,4 @@
 #include "marking/sfnt.h"
 #include "marking/type42.h"
 #include "marking/watermark.h"
+#include "marking/font-convert.h"
