@@ -42,12 +42,16 @@ int32_t clamp32(int64_t v)
 
 std::optional<int32_t> getI32(const pl::DictPtr& d, const char* k)
 {
-    if (!d)
+    // One look-up per key: the writer reads thousands of entries.
+    const pl::ValuePtr v = d ? d->get(k) : nullptr;
+    if (!v)
         return std::nullopt;
-    if (auto v = d->getInt(k))
-        return clamp32(*v);
-    if (auto b = d->getBool(k))
-        return *b ? 1 : 0;
+    if (auto i = pl::as<pl::Integer>(v))
+        return clamp32(i->value);
+    if (auto b = pl::as<pl::Boolean>(v))
+        return b->value ? 1 : 0;
+    if (auto r = pl::as<pl::Real>(v); r && std::trunc(r->value) == r->value && std::abs(r->value) < 9.0e18)
+        return clamp32(static_cast<int64_t>(r->value));
     return std::nullopt;
 }
 
