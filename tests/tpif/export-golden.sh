@@ -23,4 +23,17 @@ for plist in "$src"/examples/tpif-*.plist; do
   fi
   echo "ok $name"
 done
+
+# Errors: a usage error exits 2, a bad file 1, and a failed export leaves nothing behind.
+"$talmo" tpif export >/dev/null 2>&1; [ $? -eq 2 ] || { echo "FAIL usage status"; status=1; }
+"$talmo" tpif export "$tmp/missing.plist" >/dev/null 2>&1; [ $? -eq 1 ] || { echo "FAIL missing file status"; status=1; }
+printf '<plist version="1.0"><array/></plist>' >"$tmp/array.plist"
+"$talmo" tpif export "$tmp/array.plist" -o "$tmp/out.tpif" >/dev/null 2>&1
+[ $? -eq 1 ] && [ ! -e "$tmp/out.tpif" ] || { echo "FAIL non-dictionary settings"; status=1; }
+"$talmo" tpif export "$src/examples/tpif-plain-job.plist" -o "$tmp/no/such/dir/out.tpif" >/dev/null 2>&1
+[ $? -eq 1 ] || { echo "FAIL unwritable output status"; status=1; }
+# Without "TPIFOptions" the document is empty.
+printf '<plist version="1.0"><dict/></plist>' >"$tmp/empty.plist"
+"$talmo" tpif export "$tmp/empty.plist" -o "$tmp/empty.tpif" 2>/dev/null && [ -e "$tmp/empty.tpif" ] && [ ! -s "$tmp/empty.tpif" ] ||
+  { echo "FAIL empty settings"; status=1; }
 exit $status
