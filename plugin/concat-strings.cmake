@@ -1,0 +1,22 @@
+# Concatenates .strings fragments (FRAGMENTS, separated by "|") into OUTPUT, one after the
+# other with a line break between them; a UTF-8 byte-order mark at a fragment's start is
+# dropped. Written beside the target and renamed, so a failed run leaves no torn table.
+string(REPLACE "|" ";" fragments "${FRAGMENTS}")
+set(text "")
+foreach(f IN LISTS fragments)
+  file(READ "${f}" head LIMIT 3 HEX)
+  if(head STREQUAL "efbbbf")
+    file(READ "${f}" part OFFSET 3)
+  else()
+    file(READ "${f}" part)
+  endif()
+  get_filename_component(name "${f}" NAME)
+  string(APPEND text "/* ${name} */\n${part}")
+  if(NOT part MATCHES "\n$")
+    string(APPEND text "\n")
+  endif()
+endforeach()
+get_filename_component(dir "${OUTPUT}" DIRECTORY)
+file(MAKE_DIRECTORY "${dir}")
+file(WRITE "${OUTPUT}.tmp" "${text}")
+file(RENAME "${OUTPUT}.tmp" "${OUTPUT}")

@@ -1,0 +1,298 @@
+// Loads the built bundle the way a print dialog does: read Info.plist, dlopen the library,
+// find the factory by the name Info.plist gives, query the interfaces, drive the dialog's
+// calls and release everything.
+#include "plugin/plugin.h"
+
+#include <gtest/gtest.h>
+
+#include <dlfcn.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <map>
+#include <set>
+
+using namespace talmo;
+namespace fs = std::filesystem;
+
+namespace {
+
+using Factory = void* (*)(CFAllocatorRef, CFUUIDRef);
+
+CFUUIDBytes bytesOf(const Uuid& u)
+{
+    CFUUIDBytes b{};
+    for (size_t i = 0; i < 16; ++i)
+        b.bytes[i] = u.bytes()[i];
+    return b;
+}
+
+const Uuid kType = *Uuid::fromString("BDB091F4-E57F-11D3-B5CC-0050E4603277");
+const Uuid kFactory = *Uuid::fromString("7680F90E-ADCD-11D9-85C8-000A95BDF8C8");
+const Uuid kExtension = *Uuid::fromString("A996FD7E-B738-11D3-8519-0050E4603277");
+const Uuid kIUnknown = *Uuid::fromString("00000000-0000-0000-C000-000000000046");
+
+// The factory function's name for our factory, as a loader reads it from Info.plist: the
+// type lists the factory UUID, and the factories table names its function.
+std::string factoryNameFor(const Bundle& bundle, const Uuid& type, const Uuid& factory)
+{
+    auto info = bundle.infoDictionary();
+    auto types = info->getDict("CFPlugInTypes");
+    auto factories = info->getDict("CFPlugInFactories");
+    if (!types || !factories)
+        return {};
+    for (const auto& [typeText, list] : *types) {
+        if (Uuid::fromString(typeText) != type || !pl::as<pl::Array>(list))
+            continue;
+        for (const auto& f : *pl::as<pl::Array>(list)) {
+            auto s = pl::as<pl::String>(f);
+            if (!s || Uuid::fromString(s->text) != factory)
+                continue;
+            for (const auto& [factoryText, name] : *factories)
+                if (Uuid::fromString(factoryText) == factory && pl::as<pl::String>(name))
+                    return pl::as<pl::String>(name)->text;
+        }
+    }
+    return {};
+}
+
+class LoadedBundle : public ::testing::Test {
+protected:
+    static void SetUpTestSuite()
+    {
+        bundle = new std::optional<Bundle>(Bundle::open(TALMO_BUNDLE_PATH));
+        ASSERT_TRUE(*bundle) << TALMO_BUNDLE_PATH;
+        auto lib = (*bundle)->executablePath();
+        ASSERT_TRUE(lib);
+        handle = dlopen(lib->c_str(), RTLD_NOW | RTLD_LOCAL);
+        ASSERT_NE(handle, nullptr) << dlerror();
+        std::string name = factoryNameFor(**bundle, kType, kFactory);
+        ASSERT_EQ(name, "TalmoPDEPluginFactory");
+        factory = reinterpret_cast<Factory>(dlsym(handle, name.c_str()));
+        ASSERT_NE(factory, nullptr);
+    }
+    static void TearDownTestSuite()
+    {
+        if (handle)
+            dlclose(handle);
+        delete bundle;
+    }
+
+    IUnknownInstance* newInstance()
+    {
+        auto* i = static_cast<IUnknownInstance*>(factory(nullptr, &kType));
+        EXPECT_NE(i, nullptr);
+        return i;
+    }
+
+    static std::optional<Bundle>* bundle;
+    static void* handle;
+    static Factory factory;
+};
+
+std::optional<Bundle>* LoadedBundle::bundle = nullptr;
+void* LoadedBundle::handle = nullptr;
+Factory LoadedBundle::factory = nullptr;
+
+} // namespace
+
+TEST_F(LoadedBundle, DrivesTheDialogLifecycle)
+{
+    IUnknownInstance* instance = newInstance();
+    ASSERT_TRUE(instance);
+    EXPECT_EQ(instance->vtablePtr, &instance->vtable);
+    EXPECT_EQ(instance->vtable._reserved, nullptr);
+    EXPECT_EQ(instance->factoryID, kFactory);
+    EXPECT_EQ(instance->refCount, 1u);
+
+    void* out = nullptr;
+    ASSERT_EQ(instance->vtablePtr->QueryInterface(instance, bytesOf(kExtension), &out), 0);
+    auto* intf = static_cast<PlugInIntf*>(out);
+    ASSERT_TRUE(intf && intf->vtable);
+    EXPECT_EQ(intf->refCount, 1u);
+    const void* const* slots = reinterpret_cast<const void* const*>(intf->vtable);
+    for (size_t i = 0; i < kPlugInIntfSlotCount; ++i)
+        EXPECT_NE(slots[i], nullptr) << "slot " << i + 1;
+
+    PlugInIntfVTable& t = *intf->vtable;
+    PMPlugInAPIVersion version{9, 9, 9, 9};
+    EXPECT_EQ(t.GetAPIVersion(intf, &version), noErr);
+    EXPECT_EQ(version.buildVersionMajor, 1u);
+    EXPECT_EQ(version.buildVersionMinor, 0u);
+    EXPECT_EQ(version.baseVersionMajor, 1u);
+    EXPECT_EQ(version.baseVersionMinor, 0u);
+
+    PrintSession session;
+    PMPDEContext context = nullptr;
+    OSType creator = 0;
+    std::string kind, title;
+    uint32_t maxH = 0, maxV = 0;
+    PMPDEFlags flags = 0;
+    pl::ArrayPtr titles, values;
+    EXPECT_EQ(t.Prologue(&context, &creator, &kind, &title, &maxH, &maxV), noErr);
+    EXPECT_EQ(t.Initialize(context, &flags, nullptr, nullptr, &session), noErr);
+    EXPECT_EQ(t.Sync(context, &session, true), noErr);
+    EXPECT_EQ(t.GetSummaryText(context, &titles, &values), noErr);
+    EXPECT_EQ(t.Open(context), noErr);
+    EXPECT_EQ(t.Close(context), noErr);
+    EXPECT_EQ(t.Sync(context, &session, false), noErr);
+    EXPECT_EQ(t.Terminate(context, noErr), noErr);
+
+    EXPECT_EQ(t.Release(&intf), noErr);
+    EXPECT_EQ(intf, nullptr);
+    EXPECT_EQ(instance->vtablePtr->Release(instance), 0u);
+}
+
+TEST_F(LoadedBundle, QueryingIUnknownTwiceNeedsThreeReleases)
+{
+    size_t before = CFPlugInInstanceCountForFactory(kFactory);
+    IUnknownInstance* instance = newInstance();
+    ASSERT_TRUE(instance);
+    EXPECT_EQ(CFPlugInInstanceCountForFactory(kFactory), before + 1);
+    for (int i = 0; i < 2; ++i) {
+        void* out = nullptr;
+        EXPECT_EQ(instance->vtablePtr->QueryInterface(instance, bytesOf(kIUnknown), &out), 0);
+        EXPECT_EQ(out, instance);
+    }
+    EXPECT_EQ(instance->refCount, 3u);
+    EXPECT_EQ(instance->vtablePtr->Release(instance), 2u);
+    EXPECT_EQ(instance->vtablePtr->Release(instance), 1u);
+    EXPECT_EQ(CFPlugInInstanceCountForFactory(kFactory), before + 1);
+    auto release = instance->vtablePtr->Release; // the instance is gone after this call
+    EXPECT_EQ(release(instance), 0u);
+    EXPECT_EQ(CFPlugInInstanceCountForFactory(kFactory), before);
+}
+
+TEST_F(LoadedBundle, AReleaseAtCountZeroChangesNothing)
+{
+    IUnknownInstance* instance = newInstance();
+    ASSERT_TRUE(instance);
+    size_t registered = CFPlugInInstanceCountForFactory(kFactory);
+    auto release = instance->vtablePtr->Release;
+    instance->refCount = 0; // as a stale count would leave it
+    EXPECT_EQ(release(instance), 0u);
+    EXPECT_EQ(instance->refCount, 0u);
+    EXPECT_EQ(CFPlugInInstanceCountForFactory(kFactory), registered);
+    instance->refCount = 1;
+    EXPECT_EQ(release(instance), 0u);
+    EXPECT_EQ(CFPlugInInstanceCountForFactory(kFactory), registered - 1);
+}
+
+TEST_F(LoadedBundle, EachExtensionQueryMakesANewRecord)
+{
+    IUnknownInstance* instance = newInstance();
+    ASSERT_TRUE(instance);
+    void* a = nullptr;
+    void* b = nullptr;
+    ASSERT_EQ(instance->vtablePtr->QueryInterface(instance, bytesOf(kExtension), &a), 0);
+    ASSERT_EQ(instance->vtablePtr->QueryInterface(instance, bytesOf(kExtension), &b), 0);
+    auto* ra = static_cast<PlugInIntf*>(a);
+    auto* rb = static_cast<PlugInIntf*>(b);
+    ASSERT_TRUE(ra && rb);
+    EXPECT_NE(ra, rb);
+    EXPECT_NE(ra, static_cast<void*>(instance));
+    EXPECT_EQ(ra->refCount, 1u);
+    EXPECT_EQ(rb->refCount, 1u);
+    EXPECT_EQ(instance->refCount, 1u); // the records do not hold the instance
+
+    // Release at count 2 clears the caller's pointer and frees nothing.
+    EXPECT_EQ(ra->vtable->Retain(ra), noErr);
+    EXPECT_EQ(ra->refCount, 2u);
+    PlugInIntf* callerCopy = ra;
+    EXPECT_EQ(ra->vtable->Release(&callerCopy), noErr);
+    EXPECT_EQ(callerCopy, nullptr);
+    EXPECT_EQ(ra->refCount, 1u);
+    EXPECT_NE(ra->vtable, nullptr);
+
+    auto releaseRecord = ra->vtable->Release;
+    EXPECT_EQ(releaseRecord(&ra), noErr);
+    EXPECT_EQ(releaseRecord(&rb), noErr);
+    EXPECT_EQ(ra, nullptr);
+    EXPECT_EQ(rb, nullptr);
+    EXPECT_EQ(instance->vtablePtr->Release(instance), 0u);
+}
+
+TEST_F(LoadedBundle, AnUnknownInterfaceIsNullAndNoInterface)
+{
+    IUnknownInstance* instance = newInstance();
+    ASSERT_TRUE(instance);
+    for (const Uuid& iid : {kType, kFactory, Uuid(), Uuid::generate()}) {
+        void* out = instance;
+        EXPECT_EQ(uint32_t(instance->vtablePtr->QueryInterface(instance, bytesOf(iid), &out)), 0x80000004u)
+            << iid.toString();
+        EXPECT_EQ(out, nullptr);
+    }
+    EXPECT_EQ(instance->refCount, 1u);
+    EXPECT_EQ(instance->vtablePtr->Release(instance), 0u);
+}
+
+TEST_F(LoadedBundle, AnotherTypeGetsNoInstance)
+{
+    size_t before = CFPlugInInstanceCountForFactory(kFactory);
+    for (const Uuid& type : {kFactory, kExtension, kIUnknown})
+        EXPECT_EQ(factory(nullptr, &type), nullptr) << type.toString();
+    EXPECT_EQ(CFPlugInInstanceCountForFactory(kFactory), before);
+}
+
+TEST_F(LoadedBundle, ExportsOnlyTheFactory)
+{
+    std::string cmd = "nm -D --defined-only --format=posix '" + *(*bundle)->executablePath() + "'";
+    FILE* p = popen(cmd.c_str(), "r");
+    ASSERT_NE(p, nullptr);
+    std::set<std::string> exported;
+    char line[4096];
+    while (fgets(line, sizeof line, p)) {
+        std::string s(line);
+        exported.insert(s.substr(0, s.find(' ')));
+    }
+    ASSERT_EQ(pclose(p), 0) << cmd;
+    EXPECT_EQ(exported, (std::set<std::string>{"TalmoPDEPluginFactory"}));
+}
+
+TEST_F(LoadedBundle, CarriesItsDescriptionAndResources)
+{
+    const Bundle& b = **bundle;
+    EXPECT_EQ(b.identifier(), "com.talmo.print.pde.talmofeatures.pressline");
+    EXPECT_EQ(b.infoDictionary()->getString("CFPlugInDynamicRegistration"), "NO");
+
+    // Every other file under resources/ is in Resources/, byte for byte.
+    const fs::path src = TALMO_RESOURCES_DIR;
+    for (const auto& e : fs::recursive_directory_iterator(src)) {
+        if (!e.is_regular_file())
+            continue;
+        std::string rel = fs::relative(e.path(), src).string();
+        if (rel == "Info.plist.in" || rel.rfind("en.lproj/Localizable.", 0) == 0)
+            continue;
+        auto path = b.resourcePath(rel);
+        ASSERT_TRUE(path) << rel;
+        EXPECT_EQ(fs::file_size(*path), e.file_size()) << rel;
+    }
+}
+
+TEST_F(LoadedBundle, LocalizableHoldsEveryFragmentsEntries)
+{
+    StringsParseResult r;
+    auto table = readStringsFile((*bundle)->path() + "/Resources/en.lproj/Localizable.strings", &r);
+    ASSERT_TRUE(table) << r.line << ": " << r.message;
+    const fs::path fragments = fs::path(TALMO_RESOURCES_DIR) / "en.lproj/Localizable.d";
+    size_t checked = 0;
+    std::map<std::string, int> seen;
+    std::vector<pl::DictPtr> parts;
+    for (const auto& e : fs::directory_iterator(fragments)) {
+        if (e.path().extension() != ".strings")
+            continue;
+        auto part = readStringsFile(e.path().string(), &r);
+        ASSERT_TRUE(part) << e.path() << ":" << r.line << ": " << r.message;
+        for (const auto& [k, v] : *part)
+            ++seen[k];
+        parts.push_back(part);
+    }
+    for (const auto& part : parts)
+        for (const auto& [k, v] : *part)
+            if (seen[k] == 1) { // a key two areas define takes the later one's text
+                EXPECT_TRUE(pl::equal(table->get(k), v)) << k;
+                ++checked;
+            }
+    EXPECT_GT(checked, 0u);
+    EXPECT_EQ((*bundle)->localizedString("PDE Shell"), "Talmo Features");
+}

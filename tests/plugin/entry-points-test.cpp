@@ -1,0 +1,104 @@
+// The shell's operations called directly (linked in), where its process-wide state is
+// visible: the current print session and the instance registry.
+#include "plugin/plugin.h"
+
+#include <gtest/gtest.h>
+
+using namespace talmo;
+
+namespace {
+
+CFUUIDBytes bytesOf(const char* text)
+{
+    CFUUIDBytes b{};
+    auto u = Uuid::fromString(text);
+    EXPECT_TRUE(u);
+    for (size_t i = 0; i < 16; ++i)
+        b.bytes[i] = u->bytes()[i];
+    return b;
+}
+
+} // namespace
+
+TEST(GenericEntryPoints, TheCurrentSessionSpansInitializeToTerminate)
+{
+    PrintSession session;
+    SetCurrentPrintSession(nullptr);
+    EXPECT_EQ(TalmoPDEProlog(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr), noErr);
+    EXPECT_EQ(GetCurrentPrintSession(), nullptr);
+    EXPECT_EQ(TalmoPDEInitialize(nullptr, nullptr, nullptr, nullptr, &session), noErr);
+    EXPECT_EQ(GetCurrentPrintSession(), &session);
+    EXPECT_EQ(TalmoPDESync(nullptr, &session, true), noErr);
+    EXPECT_EQ(TalmoPDEOpen(nullptr), noErr);
+    EXPECT_EQ(TalmoPDEClose(nullptr), noErr);
+    pl::ArrayPtr titles, values;
+    EXPECT_EQ(TalmoPDEGetSummaryText(nullptr, &titles, &values), noErr);
+    EXPECT_EQ(GetCurrentPrintSession(), &session);
+    EXPECT_EQ(TalmoPDETerminate(nullptr, noErr), noErr);
+    EXPECT_EQ(GetCurrentPrintSession(), nullptr);
+}
+
+TEST(GenericEntryPoints, TheRecordsDialogSlotsReachThem)
+{
+    PlugInIntf* intf = nullptr;
+    ASSERT_EQ(CreatePlugInInterface(&intf), noErr);
+    ASSERT_TRUE(intf && intf->vtable);
+    PrintSession session;
+    SetCurrentPrintSession(nullptr);
+    EXPECT_EQ(intf->vtable->Initialize(nullptr, nullptr, nullptr, nullptr, &session), noErr);
+    EXPECT_EQ(GetCurrentPrintSession(), &session);
+    EXPECT_EQ(intf->vtable->Terminate(nullptr, noErr), noErr);
+    EXPECT_EQ(GetCurrentPrintSession(), nullptr);
+    EXPECT_EQ(Release(&intf), noErr);
+}
+
+TEST(PlugInFactory, RegistersEachInstanceUntilItsLastRelease)
+{
+    const Uuid factory = *Uuid::fromString(kTalmoPDEFactoryIDStr);
+    const Uuid type = *Uuid::fromString(kPMPrintingDialogExtensionTypeIDStr);
+    size_t before = CFPlugInInstanceCountForFactory(factory);
+    void* a = TalmoPDEPluginFactory(nullptr, &type);
+    void* b = TalmoPDEPluginFactory(nullptr, &type);
+    ASSERT_TRUE(a && b);
+    EXPECT_NE(a, b);
+    EXPECT_EQ(CFPlugInInstanceCountForFactory(factory), before + 2);
+    EXPECT_EQ(IUnknownAddRef(a), 2u);
+    EXPECT_EQ(IUnknownRelease(a), 1u);
+    EXPECT_EQ(CFPlugInInstanceCountForFactory(factory), before + 2);
+    EXPECT_EQ(IUnknownRelease(a), 0u);
+    EXPECT_EQ(CFPlugInInstanceCountForFactory(factory), before + 1);
+    EXPECT_EQ(IUnknownRelease(b), 0u);
+    EXPECT_EQ(CFPlugInInstanceCountForFactory(factory), before);
+}
+
+TEST(PlugInFactory, AnswersOnlyThePrintDialogExtensionType)
+{
+    const Uuid other = *Uuid::fromString(kPMPrintingDialogExtensionIntfIIDStr);
+    EXPECT_EQ(TalmoPDEPluginFactory(nullptr, &other), nullptr);
+    EXPECT_EQ(TalmoPDEPluginFactory(nullptr, nullptr), nullptr);
+}
+
+TEST(QueryInterface, RefusesNullsWithoutTouchingCounts)
+{
+    const Uuid type = *Uuid::fromString(kPMPrintingDialogExtensionTypeIDStr);
+    auto* instance = static_cast<IUnknownInstance*>(TalmoPDEPluginFactory(nullptr, &type));
+    ASSERT_TRUE(instance);
+    EXPECT_EQ(QueryInterface(instance, bytesOf(kIUnknownUUIDStr), nullptr), HRESULT(0x80000004));
+    void* out = reinterpret_cast<void*>(1);
+    EXPECT_EQ(QueryInterface(nullptr, bytesOf(kIUnknownUUIDStr), &out), HRESULT(0x80000004));
+    EXPECT_EQ(out, nullptr);
+    EXPECT_EQ(instance->refCount, 1u);
+    EXPECT_EQ(IUnknownAddRef(nullptr), 0u);
+    EXPECT_EQ(IUnknownRelease(nullptr), 0u);
+    EXPECT_EQ(IUnknownRelease(instance), 0u);
+}
+
+TEST(InterfaceRecord, NullRecordsYieldZero)
+{
+    EXPECT_EQ(Retain(nullptr), noErr);
+    EXPECT_EQ(Release(nullptr), noErr);
+    PlugInIntf* none = nullptr;
+    EXPECT_EQ(Release(&none), noErr);
+    EXPECT_EQ(GetAPIVersion(nullptr, nullptr), noErr);
+    EXPECT_EQ(CreatePlugInInterface(nullptr), noErr);
+}
