@@ -8,20 +8,26 @@ namespace talmo {
 
 namespace {
 
-const Uuid& uuidOf(const char* text)
+// The identifiers are constants of this file; a failure to parse them is our own bug.
+const Uuid& extensionTypeID()
 {
-    // The identifiers are constants of this file; a failure here is our own bug.
-    static const Uuid type = *Uuid::fromString(kPMPrintingDialogExtensionTypeIDStr);
-    static const Uuid factory = *Uuid::fromString(kTalmoPDEFactoryIDStr);
-    static const Uuid extension = *Uuid::fromString(kPMPrintingDialogExtensionIntfIIDStr);
-    static const Uuid iunknown = *Uuid::fromString(kIUnknownUUIDStr);
-    if (text == kPMPrintingDialogExtensionTypeIDStr)
-        return type;
-    if (text == kTalmoPDEFactoryIDStr)
-        return factory;
-    if (text == kPMPrintingDialogExtensionIntfIIDStr)
-        return extension;
-    return iunknown;
+    static const Uuid u = *Uuid::fromString(kPMPrintingDialogExtensionTypeIDStr);
+    return u;
+}
+const Uuid& factoryID()
+{
+    static const Uuid u = *Uuid::fromString(kTalmoPDEFactoryIDStr);
+    return u;
+}
+const Uuid& extensionInterfaceID()
+{
+    static const Uuid u = *Uuid::fromString(kPMPrintingDialogExtensionIntfIIDStr);
+    return u;
+}
+const Uuid& iUnknownID()
+{
+    static const Uuid u = *Uuid::fromString(kIUnknownUUIDStr);
+    return u;
 }
 
 } // namespace
@@ -31,13 +37,13 @@ HRESULT QueryInterface(void* thisPointer, REFIID iid, void** ppv)
     if (!ppv)
         return HRESULT(E_NOINTERFACE);
     const Uuid requested{std::to_array(iid.bytes)};
-    if (thisPointer && requested == uuidOf(kIUnknownUUIDStr)) {
+    if (thisPointer && requested == iUnknownID()) {
         auto* instance = static_cast<IUnknownInstance*>(thisPointer);
         instance->vtablePtr->AddRef(instance);
         *ppv = instance;
         return 0;
     }
-    if (requested == uuidOf(kPMPrintingDialogExtensionIntfIIDStr)) {
+    if (requested == extensionInterfaceID()) {
         PlugInIntf* intf = nullptr;
         CreatePlugInInterface(&intf);
         *ppv = intf;
@@ -72,13 +78,17 @@ extern "C" __attribute__((visibility("default"))) void* TalmoPDEPluginFactory(ta
 {
     using namespace talmo;
     try {
-        if (!typeID || *typeID != uuidOf(kPMPrintingDialogExtensionTypeIDStr))
+        if (!typeID || *typeID != extensionTypeID())
             return nullptr;
         // Resources and localized texts come from the bundle this library sits in, unless
-        // the host has named one already.
+        // the host has named one already. Linked into a program instead, the folder found is
+        // no bundle (it has no description) and is not taken.
         static const bool bundleFound = [] {
-            if (!ExtensionBundle())
-                SetExtensionBundle(Bundle::containing(reinterpret_cast<const void*>(&TalmoPDEPluginFactory)));
+            if (!ExtensionBundle()) {
+                auto own = Bundle::containing(reinterpret_cast<const void*>(&TalmoPDEPluginFactory));
+                if (own && !own->infoDictionary()->empty())
+                    SetExtensionBundle(std::move(own));
+            }
             return true;
         }();
         (void)bundleFound;
@@ -90,7 +100,7 @@ extern "C" __attribute__((visibility("default"))) void* TalmoPDEPluginFactory(ta
         instance->vtable.QueryInterface = &QueryInterface;
         instance->vtable.AddRef = &IUnknownAddRef;
         instance->vtable.Release = &IUnknownRelease;
-        instance->factoryID = uuidOf(kTalmoPDEFactoryIDStr);
+        instance->factoryID = factoryID();
         instance->refCount = 1;
         CFPlugInAddInstanceForFactory(instance->factoryID);
         return instance;
