@@ -119,11 +119,11 @@ bool fileExists(const std::string& p)
 Printer DemoPrinter()
 {
     Printer p;
-    p.name = "Talmo_Demo";
+    p.name = "Talmo_Studio_Press";
     p.deviceURI = "file:///dev/null";
-    p.makeAndModel = "Talmo Demo Printer";
+    p.makeAndModel = "Talmo Studio Press";
     p.isDemo = true;
-    constexpr const char* kDemoPpd = "ppd/talmo-demo.ppd";
+    constexpr const char* kDemoPpd = "ppd/talmo-studio-press.ppd";
     if (Bundle* b = ExtensionBundle())
         if (auto path = b->resourcePath(kDemoPpd))
             p.ppdPath = *path;

@@ -71,8 +71,8 @@ struct Printer {
     bool isDemo = false;
 };
 
-// The built-in demo printer, whose PPD is the bundle's "ppd/talmo-demo.ppd" resource (or the
-// source tree's resources/ppd/talmo-demo.ppd, found through TALMO_SOURCE_DIR). Its device
+// The built-in demo printer, whose PPD is the bundle's "ppd/talmo-studio-press.ppd" resource (or the
+// source tree's resources/ppd/talmo-studio-press.ppd, found through TALMO_SOURCE_DIR). Its device
 // URI is "file:///dev/null": no host, so nothing ever contacts a network.
 Printer DemoPrinter();
 

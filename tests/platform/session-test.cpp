@@ -153,9 +153,9 @@ TEST(DemoPrinter, FindsItsPpdInTheExtensionBundleFirst)
     std::string tmpl = (fs::temp_directory_path() / "talmo-demo-XXXXXX").string();
     ASSERT_TRUE(mkdtemp(tmpl.data()));
     fs::create_directories(fs::path(tmpl) / "Resources/ppd");
-    std::ofstream(fs::path(tmpl) / "Resources/ppd/talmo-demo.ppd") << "*PPD-Adobe: \"4.3\"\n";
+    std::ofstream(fs::path(tmpl) / "Resources/ppd/talmo-studio-press.ppd") << "*PPD-Adobe: \"4.3\"\n";
     SetExtensionBundle(Bundle::open(tmpl));
-    EXPECT_EQ(DemoPrinter().ppdPath, tmpl + "/Resources/ppd/talmo-demo.ppd");
+    EXPECT_EQ(DemoPrinter().ppdPath, tmpl + "/Resources/ppd/talmo-studio-press.ppd");
     SetExtensionBundle(std::nullopt);
     fs::remove_all(tmpl);
 }
