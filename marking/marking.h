@@ -7,3 +7,4 @@
 #include "marking/type42.h"
 #include "marking/watermark.h"
 #include "marking/font-convert.h"
+#include "marking/watermark-render.h"

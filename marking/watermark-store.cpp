@@ -275,4 +275,9 @@ void CreateDefaultWatermarks(const Localizer& localize)
     saveWatermarkList(kWatermarksFile, names);
 }
 
+void CreateDefaultWatermarks(const Bundle& bundle)
+{
+    CreateDefaultWatermarks([&](std::string_view key) { return bundle.localizedString(key); });
+}
+
 } // namespace talmo

@@ -84,7 +84,9 @@ bool loadFontData(std::string_view file, std::string_view fontName, std::string&
 // Localized text of a key ("DraftWatermark" ...).
 using Localizer = std::function<std::string(std::string_view key)>;
 
-// The three default text watermarks and the list of their names.
+// The three default text watermarks and the list of their names, texts from the bundle's
+// "Localizable" table (or the given localizer).
 void CreateDefaultWatermarks(const Localizer& localize);
+void CreateDefaultWatermarks(const Bundle& bundle);
 
 } // namespace talmo

@@ -1,0 +1,288 @@
+#include "marking/watermark-render.h"
+
+#include "marking/font-convert.h"
+
+#include <cairo-pdf.h>
+#include <cairo.h>
+#include <fontconfig/fontconfig.h>
+#include <fontconfig/fcfreetype.h>
+#include <pango/pangocairo.h>
+#include <pango/pangofc-fontmap.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <memory>
+
+namespace talmo {
+
+namespace {
+
+template <auto Fn>
+struct Deleter {
+    template <class T>
+    void operator()(T* p) const { Fn(p); }
+};
+using CairoSurfacePtr = std::unique_ptr<cairo_surface_t, Deleter<cairo_surface_destroy>>;
+using CairoPtr = std::unique_ptr<cairo_t, Deleter<cairo_destroy>>;
+using LayoutPtr = std::unique_ptr<PangoLayout, Deleter<g_object_unref>>;
+using FontDescriptionPtr = std::unique_ptr<PangoFontDescription, Deleter<pango_font_description_free>>;
+
+bool reallocResize(MemoryConsumerInfo& info, size_t newSize)
+{
+    void* grown = std::realloc(info.block, newSize);
+    if (!grown)
+        return false;
+    info.block = static_cast<uint8_t*>(grown);
+    info.size = newSize;
+    return true;
+}
+
+// 16.16 fixed point.
+int64_t toFixed(double v)
+{
+    return std::llround(v * 65536.0);
+}
+double fromFixed(int64_t v)
+{
+    return double(v) / 65536.0;
+}
+
+// The font description of the face found by PostScript name, so pango draws from the same
+// file that convertFont subsets; a name that finds nothing leaves pango's default family.
+FontDescriptionPtr describeFont(std::string_view postScriptName, int32_t fontSize)
+{
+    FontDescriptionPtr description;
+    if (auto font = findFontByPostScriptName(postScriptName)) {
+        int count = 0;
+        FcPattern* pattern = FcFreeTypeQuery(reinterpret_cast<const FcChar8*>(font->path.c_str()), font->index,
+                                             nullptr, &count);
+        if (pattern) {
+            description.reset(pango_fc_font_description_from_pattern(pattern, FALSE));
+            FcPatternDestroy(pattern);
+        }
+    }
+    if (!description)
+        description.reset(pango_font_description_from_string("Sans"));
+    pango_font_description_set_absolute_size(description.get(), double(std::max(fontSize, 1)) * PANGO_SCALE);
+    return description;
+}
+
+void drawPicture(cairo_t* cr, const PageRect& page, const _WatermarkData& r, double alpha)
+{
+    std::string path(watermarkText(r.filePath));
+    CairoSurfacePtr image(cairo_image_surface_create_from_png(path.c_str()));
+    if (cairo_surface_status(image.get()) != CAIRO_STATUS_SUCCESS)
+        return;
+    const double imageWidth = cairo_image_surface_get_width(image.get());
+    const double imageHeight = cairo_image_surface_get_height(image.get());
+    if (imageWidth <= 0 || imageHeight <= 0 || r.scale <= 0)
+        return;
+    const double width = imageWidth * r.scale / 100.0;
+    const double height = imageHeight * r.scale / 100.0;
+    const double x = page.midX() - width / 2;
+    const double y = page.midY() - height / 2;
+    cairo_save(cr);
+    cairo_translate(cr, x, y);
+    cairo_scale(cr, width / imageWidth, height / imageHeight);
+    cairo_set_source_surface(cr, image.get(), 0, 0);
+    cairo_paint_with_alpha(cr, alpha);
+    cairo_restore(cr);
+}
+
+void drawText(cairo_t* cr, const PageRect& page, _WatermarkData& r, double alpha)
+{
+    LayoutPtr layout(pango_cairo_create_layout(cr));
+    pango_cairo_context_set_resolution(pango_layout_get_context(layout.get()), 72);
+    pango_layout_context_changed(layout.get());
+    auto font = describeFont(watermarkText(r.fontName), r.fontSize);
+    pango_layout_set_font_description(layout.get(), font.get());
+    const std::string text(watermarkText(r.textString));
+    pango_layout_set_text(layout.get(), text.data(), int(text.size()));
+
+    // The image rectangle of the rotated text around the drawing point (the first line's
+    // baseline start), as drawn: the ink of a recording, widened to whole points.
+    const double baseline = double(pango_layout_get_baseline(layout.get())) / PANGO_SCALE;
+    const double theta = r.angle * M_PI / 180.0;
+    CairoSurfacePtr recording(cairo_recording_surface_create(CAIRO_CONTENT_ALPHA, nullptr));
+    double inkLeft = 0, inkTop = 0, inkRight = 0, inkBottom = 0;
+    {
+        CairoPtr probe(cairo_create(recording.get()));
+        cairo_rotate(probe.get(), -theta);
+        cairo_move_to(probe.get(), 0, -baseline);
+        pango_cairo_update_layout(probe.get(), layout.get());
+        pango_cairo_layout_path(probe.get(), layout.get());
+        cairo_identity_matrix(probe.get()); // extents of the rotated outlines, not of their box
+        cairo_fill_extents(probe.get(), &inkLeft, &inkTop, &inkRight, &inkBottom);
+    }
+    const double inkX = inkLeft, inkY = inkTop, inkWidth = inkRight - inkLeft, inkHeight = inkBottom - inkTop;
+    const int64_t left = int64_t(std::floor(inkX)), right = int64_t(std::ceil(inkX + inkWidth));
+    const int64_t top = int64_t(std::floor(inkY)), bottom = int64_t(std::ceil(inkY + inkHeight));
+
+    // The drawing point in 16.16, y upwards from the page's bottom edge; the halves truncate.
+    const double midYUp = page.height / 2;
+    const int64_t xFixed = toFixed(r.xOffset * 72.0 + page.midX()) - ((left + right) / 2) * 65536;
+    const int64_t yFixed = toFixed(r.yOffset * 72.0 + midYUp) + ((top + bottom) / 2) * 65536;
+    const double x = fromFixed(xFixed), yUp = fromFixed(yFixed);
+    const double yDown = page.y + page.height - yUp;
+
+    cairo_save(cr);
+    cairo_set_source_rgba(cr, r.wellColor.red, r.wellColor.green, r.wellColor.blue, r.wellColor.alpha * alpha);
+    cairo_translate(cr, x, yDown);
+    cairo_rotate(cr, -theta);
+    cairo_move_to(cr, 0, -baseline);
+    pango_cairo_update_layout(cr, layout.get());
+    pango_cairo_show_layout(cr, layout.get());
+    cairo_restore(cr);
+
+    // Glyph records of the layout, in order; glyphs of no font (empty, unknown) count as 0.
+    std::vector<uint16_t> ids;
+    PangoLayoutIter* iter = pango_layout_get_iter(layout.get());
+    do {
+        PangoLayoutRun* run = pango_layout_iter_get_run_readonly(iter);
+        if (!run)
+            continue;
+        for (int i = 0; i < run->glyphs->num_glyphs; ++i) {
+            PangoGlyph g = run->glyphs->glyphs[i].glyph;
+            ids.push_back(g <= 0xFFFF ? uint16_t(g) : uint16_t(0));
+        }
+    } while (pango_layout_iter_next_run(iter));
+    pango_layout_iter_free(iter);
+
+    const bool changed = r.glyphs.empty() || ids.empty() || ids.front() != r.glyphs.front();
+    r.glyphCount = int32_t(std::min<size_t>(ids.size(), INT32_MAX));
+    r.glyphs = std::move(ids);
+    r.xPos = x;
+    r.yPos = yUp;
+    if (changed)
+        saveWatermarkData(kWatermarksFile, r);
+}
+
+cairo_status_t writeToConsumer(void* closure, const unsigned char* data, unsigned int length)
+{
+    return MemoryConsumerPutBytes(closure, data, length) == length ? CAIRO_STATUS_SUCCESS : CAIRO_STATUS_WRITE_ERROR;
+}
+
+} // namespace
+
+void DrawWatermark(cairo_t* context, const PageRect& page, _WatermarkData* record, double alpha)
+{
+    if (!record || !context)
+        return;
+    if (record->textString[0] != '\0')
+        drawText(context, page, *record, alpha);
+    else if (record->filename[0] != '\0')
+        drawPicture(context, page, *record, alpha);
+}
+
+MemoryConsumerInfo* CreateMemoryConsumer(size_t initialSize)
+{
+    auto* info = new MemoryConsumerInfo;
+    info->resize = reallocResize;
+    if (!reallocResize(*info, std::max<size_t>(initialSize, 1))) {
+        delete info;
+        return nullptr;
+    }
+    return info;
+}
+
+size_t MemoryConsumerPutBytes(void* opaque, const void* bytes, size_t count)
+{
+    auto* info = static_cast<MemoryConsumerInfo*>(opaque);
+    if (!info || count == 0)
+        return 0;
+    auto room = [&](size_t size) { return size > info->written ? size - info->written - 1 : 0; };
+    if (room(info->size) < count) {
+        size_t size = std::max<size_t>(info->size, 1);
+        while (room(size) < count) {
+            if (size > std::numeric_limits<size_t>::max() / 2)
+                return 0;
+            size *= 2;
+        }
+        if (!info->resize || !info->resize(*info, size))
+            return 0;
+    }
+    std::memcpy(info->block + info->written, bytes, count);
+    info->written += count;
+    return count;
+}
+
+void MemoryConsumerReleaseInfo(void* opaque)
+{
+    auto* info = static_cast<MemoryConsumerInfo*>(opaque);
+    if (!info)
+        return;
+    std::free(info->block);
+    delete info;
+}
+
+size_t MemoryProviderGetBytes(void* opaque, void* buffer, size_t count)
+{
+    auto* info = static_cast<MemoryProviderInfo*>(opaque);
+    if (!info || info->position >= info->size)
+        return 0;
+    size_t n = std::min(count, info->size - info->position);
+    std::memcpy(buffer, info->bytes + info->position, n);
+    info->position += n;
+    return n;
+}
+
+size_t MemoryProviderSkipBytes(void* opaque, size_t count)
+{
+    auto* info = static_cast<MemoryProviderInfo*>(opaque);
+    if (!info || info->position >= info->size)
+        return 0;
+    size_t n = std::min(count, info->size - info->position);
+    info->position += n;
+    return n;
+}
+
+void MemoryProviderRewind(void* opaque)
+{
+    if (auto* info = static_cast<MemoryProviderInfo*>(opaque))
+        info->position = 0;
+}
+
+void MemoryProviderReleaseInfo(void* opaque)
+{
+    delete static_cast<MemoryProviderInfo*>(opaque);
+}
+
+bool RenderWatermarkPDF(_WatermarkData* record, double paperWidth, double paperHeight, MemoryConsumerInfo& consumer)
+{
+    if (!(paperWidth > 0) || !(paperHeight > 0))
+        return false;
+    if (record) {
+        record->paperWidth = paperWidth;
+        record->paperHeight = paperHeight;
+    }
+    CairoSurfacePtr surface(cairo_pdf_surface_create_for_stream(writeToConsumer, &consumer, paperWidth, paperHeight));
+    CairoPtr cr(cairo_create(surface.get()));
+    cairo_set_source_rgba(cr.get(), 1.0, 1.0, 1.0, 1.0);
+    cairo_rectangle(cr.get(), 0, 0, paperWidth, paperHeight);
+    cairo_fill(cr.get());
+    const double alpha = record && record->isText ? record->density / 100.0 : 1.0;
+    DrawWatermark(cr.get(), PageRect{0, 0, paperWidth, paperHeight}, record, std::clamp(alpha, 0.0, 1.0));
+    cairo_show_page(cr.get());
+    cr.reset();
+    cairo_surface_finish(surface.get());
+    return cairo_surface_status(surface.get()) == CAIRO_STATUS_SUCCESS;
+}
+
+bool renderWatermark(std::optional<int32_t> choice, double paperWidth, double paperHeight,
+                     MemoryConsumerInfo& consumer)
+{
+    _WatermarkData record;
+    const auto& names = listOfWatermarks();
+    if (choice && *choice >= 0 && size_t(*choice) < names.size()) {
+        if (loadWatermarkData(kWatermarksFile, names[size_t(*choice)], record) && record.textString[0] != '\0')
+            record.isText = 1;
+    }
+    bool ok = RenderWatermarkPDF(&record, paperWidth, paperHeight, consumer);
+    record.glyphs.clear();
+    return ok;
+}
+
+} // namespace talmo
