@@ -6,6 +6,7 @@
 #include "ticket/stock.h"
 #include "ticket/page-ranges.h"
 #include "ticket/special-pages.h"
+#include "ticket/special-pages-rules.h"
 #include "ticket/full-color.h"
 #include "ticket/background-forms.h"
 #include "ticket/image-shift.h"

@@ -1,0 +1,220 @@
+#include "ticket/ticket.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <random>
+#include <vector>
+
+using namespace talmo;
+
+namespace {
+
+// A range and a tag that says which record its settings came from (kept in the halftone
+// screen, which the walk must carry over to trimmed and split pieces).
+struct Span {
+    int32_t start;
+    int32_t end;
+    int32_t tag;
+    friend bool operator==(const Span&, const Span&) = default;
+};
+
+std::ostream& operator<<(std::ostream& os, const Span& s)
+{
+    return os << s.start << "-" << s.end << "#" << s.tag;
+}
+
+std::unique_ptr<ExceptionPage> range(int32_t start, int32_t end, int32_t tag)
+{
+    auto p = std::make_unique<ExceptionPage>();
+    p->setStartPage(start);
+    p->setEndPage(end);
+    p->setHalftoneScreen(tag);
+    return p;
+}
+
+std::vector<Span> spans(const ExceptionPageList& list)
+{
+    std::vector<Span> out;
+    for (long i = 0; i < list.count(); ++i) {
+        const ExceptionPage* p = list.pageAtIndex(i);
+        out.push_back({p->startPage(), p->endPage(), p->halftoneScreen()});
+    }
+    return out;
+}
+
+void addSpans(ExceptionPageList& list, const std::vector<Span>& add)
+{
+    std::vector<std::unique_ptr<ExceptionPage>> batch;
+    for (const Span& s : add)
+        batch.push_back(range(s.start, s.end, s.tag));
+    ASSERT_EQ(list.add(batch), noErr);
+}
+
+struct WalkCase {
+    const char* name;
+    std::vector<Span> before;
+    std::vector<Span> added; // one add() call
+    std::vector<Span> after;
+};
+
+class ExceptionWalk : public testing::TestWithParam<WalkCase> {};
+
+TEST_P(ExceptionWalk, SplitsTrimsAndReplaces)
+{
+    const WalkCase& c = GetParam();
+    ExceptionPageList list;
+    for (const Span& s : c.before)
+        addSpans(list, {s});
+    ASSERT_EQ(spans(list), c.before);
+    addSpans(list, c.added);
+    EXPECT_EQ(spans(list), c.after);
+}
+
+// The same case with 64 far-away ranges in front of the batch: large batches go through the
+// list's tree walk instead of the vector walk, and must give the same result.
+TEST_P(ExceptionWalk, SameThroughTheBatchPath)
+{
+    const WalkCase& c = GetParam();
+    ExceptionPageList list;
+    for (const Span& s : c.before)
+        addSpans(list, {s});
+    std::vector<Span> batch;
+    for (int32_t i = 0; i < 64; ++i)
+        batch.push_back({5000 + 2 * i, 5000 + 2 * i, 99});
+    batch.insert(batch.end(), c.added.begin(), c.added.end());
+    addSpans(list, batch);
+    std::vector<Span> result = spans(list);
+    ASSERT_GE(result.size(), 64u);
+    result.resize(result.size() - 64);
+    EXPECT_EQ(result, c.after);
+}
+
+constexpr int32_t A = 7, B = 6, C = 8, N = 11, M = 12;
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, ExceptionWalk,
+    testing::Values(
+        WalkCase{"SplitAroundNewRange", {{1, 10, A}}, {{3, 5, N}}, {{1, 2, A}, {3, 5, N}, {6, 10, A}}},
+        WalkCase{"CoverOneTrimNext", {{3, 5, A}, {8, 12, B}}, {{1, 10, N}}, {{1, 10, N}, {11, 12, B}}},
+        WalkCase{"SameStartShorter", {{5, 9, A}}, {{5, 5, N}}, {{5, 5, N}, {6, 9, A}}},
+        WalkCase{"SameStartLongerReplaces", {{5, 5, A}}, {{5, 9, N}}, {{5, 9, N}}},
+        WalkCase{"ExactReplace", {{3, 5, A}}, {{3, 5, N}}, {{3, 5, N}}},
+        WalkCase{"IntoEmpty", {}, {{4, 6, N}}, {{4, 6, N}}},
+        WalkCase{"AppendAfterAll", {{1, 2, A}}, {{5, 6, N}}, {{1, 2, A}, {5, 6, N}}},
+        WalkCase{"WhollyBefore", {{5, 6, A}}, {{1, 2, N}}, {{1, 2, N}, {5, 6, A}}},
+        WalkCase{"Adjacent", {{1, 2, A}, {5, 6, B}}, {{3, 4, N}}, {{1, 2, A}, {3, 4, N}, {5, 6, B}}},
+        WalkCase{"TrimEndOfOverlapped", {{1, 5, A}}, {{3, 8, N}}, {{1, 2, A}, {3, 8, N}}},
+        WalkCase{"TrimStartOfOverlapped", {{4, 8, A}}, {{2, 5, N}}, {{2, 5, N}, {6, 8, A}}},
+        WalkCase{"LastPageOfRange", {{1, 10, A}}, {{10, 10, N}}, {{1, 9, A}, {10, 10, N}}},
+        WalkCase{"FirstPageOfRange", {{1, 10, A}}, {{1, 1, N}}, {{1, 1, N}, {2, 10, A}}},
+        WalkCase{"SpansThree", {{1, 3, A}, {5, 7, B}, {9, 12, C}}, {{2, 10, N}}, {{1, 1, A}, {2, 10, N}, {11, 12, C}}},
+        WalkCase{"LaterInBatchWins", {}, {{1, 10, N}, {3, 5, M}}, {{1, 2, N}, {3, 5, M}, {6, 10, N}}},
+        WalkCase{"SplitPieceSplitAgain", {{1, 10, A}}, {{3, 5, N}, {7, 8, M}},
+                 {{1, 2, A}, {3, 5, N}, {6, 6, A}, {7, 8, M}, {9, 10, A}}},
+        WalkCase{"BatchOutOfOrder", {}, {{20, 30, N}, {1, 5, M}, {25, 26, A}},
+                 {{1, 5, M}, {20, 24, N}, {25, 26, A}, {27, 30, N}}}),
+    [](const testing::TestParamInfo<WalkCase>& info) { return info.param.name; });
+
+TEST(ExceptionPageList, PiecesKeepEveryOtherSetting)
+{
+    ExceptionPageList list;
+    auto outer = range(1, 10, A);
+    outer->setPlex(2);
+    outer->setLightenDarken(-3);
+    outer->stock().setSource(10);
+    outer->colorOptions().setTRC(std::string("Curve 7"));
+    outer->imageShift()->option = 5;
+    outer->imageShift()->x1 = 40;
+    ASSERT_EQ(list.add(std::vector<const SpecialPage*>{outer.get()}), noErr);
+    auto inner = range(4, 6, N);
+    ASSERT_EQ(list.add(std::vector<const SpecialPage*>{inner.get()}), noErr);
+
+    ASSERT_EQ(list.count(), 3);
+    for (long i : {0L, 2L}) {
+        const ExceptionPage* piece = list.pageAtIndex(i);
+        auto expected = outer->asTicket();
+        expected->setInt("StartPage", piece->startPage());
+        expected->setInt("EndPage", piece->endPage());
+        EXPECT_TRUE(pl::equal(piece->asTicket(), expected)) << "piece " << i;
+    }
+    // The list holds clones: neither record given to add is in it.
+    EXPECT_EQ(list.indexOfPage(outer.get()), -1);
+    EXPECT_EQ(list.indexOfPage(inner.get()), -1);
+}
+
+TEST(ExceptionPageList, RefusesBadEntriesWithoutChangingAnything)
+{
+    ExceptionPageList list;
+    addSpans(list, {{1, 10, A}});
+    auto good = range(3, 4, N);
+    auto reversed = range(9, 2, N); // would make the walk split forever
+    Insert notAnException;
+    EXPECT_EQ(list.add(std::vector<const SpecialPage*>{good.get(), reversed.get()}), paramErr);
+    EXPECT_EQ(list.add(std::vector<const SpecialPage*>{good.get(), &notAnException}), paramErr);
+    EXPECT_EQ(list.add(std::vector<const SpecialPage*>{nullptr}), paramErr);
+    EXPECT_EQ(spans(list), (std::vector<Span>{{1, 10, A}}));
+}
+
+TEST(ExceptionPageList, WalksLiterallyWhenPagesWereEditedInPlace)
+{
+    // 1-3 edited to 1-6 overlaps 5-7. The walk from the front splits the edited entry, puts
+    // the new range between its halves and leaves the overlapped entry alone.
+    ExceptionPageList list;
+    addSpans(list, {{1, 3, A}, {5, 7, B}});
+    list.pageAtIndex(0)->setEndPage(6);
+    addSpans(list, {{4, 4, N}});
+    EXPECT_EQ(spans(list), (std::vector<Span>{{1, 3, A}, {4, 4, N}, {5, 6, A}, {5, 7, B}}));
+}
+
+// Reference model: every page belongs to the range added last that covers it.
+TEST(ExceptionPageList, RandomAddsAgreeWithPageByPageOwnership)
+{
+    std::mt19937 rng(20240611);
+    std::uniform_int_distribution<int32_t> startDist(1, 300);
+    std::uniform_int_distribution<int32_t> lengthDist(1, 40);
+    std::uniform_int_distribution<int> smallBatch(1, 4);
+    std::uniform_int_distribution<int> largeBatch(64, 100);
+    for (int round = 0; round < 20; ++round) {
+        // Odd rounds add batches large enough for the tree walk.
+        auto& batchDist = round % 2 ? largeBatch : smallBatch;
+        ExceptionPageList list;
+        std::map<int32_t, int32_t> owner;
+        int32_t tag = 1;
+        for (int adds = 0; adds < 40; ++adds) {
+            std::vector<Span> batch;
+            for (int k = batchDist(rng); k > 0; --k) {
+                const int32_t s = startDist(rng);
+                const int32_t e = s + lengthDist(rng) - 1;
+                batch.push_back({s, e, tag});
+                for (int32_t p = s; p <= e; ++p)
+                    owner[p] = tag;
+                ++tag;
+            }
+            addSpans(list, batch);
+        }
+        std::vector<Span> expected;
+        for (const auto& [page, t] : owner) {
+            if (!expected.empty() && expected.back().end + 1 == page && expected.back().tag == t)
+                expected.back().end = page;
+            else
+                expected.push_back({page, page, t});
+        }
+        ASSERT_EQ(spans(list), expected) << "round " << round;
+    }
+}
+
+TEST(ExceptionPageList, CloneCopiesEntriesAndStaysIndependent)
+{
+    ExceptionPageList list;
+    addSpans(list, {{1, 2, A}, {4, 9, B}});
+    std::unique_ptr<SpecialPageList> copy = list.clone();
+    auto* typed = dynamic_cast<ExceptionPageList*>(copy.get());
+    ASSERT_NE(typed, nullptr);
+    EXPECT_EQ(spans(*typed), spans(list));
+    EXPECT_NE(typed->pageAtIndex(0), list.pageAtIndex(0));
+    typed->clear();
+    EXPECT_EQ(list.count(), 2);
+}
+
+} // namespace

@@ -1,0 +1,217 @@
+#include "ticket/ticket.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+using namespace talmo;
+
+namespace {
+
+constexpr const char* kBooklet = "com.talmo.print.BookletLayout";
+
+std::unique_ptr<Cover> cover(int32_t sides, int32_t source = kNotSet)
+{
+    auto c = std::make_unique<Cover>();
+    c->setSidesImaged(sides);
+    c->stock().setSource(source);
+    return c;
+}
+
+std::vector<int32_t> starts(const SpecialPageList& list)
+{
+    std::vector<int32_t> out;
+    for (long i = 0; i < list.count(); ++i)
+        out.push_back(list.pageAtIndex(i)->startPage());
+    return out;
+}
+
+pl::DictPtr exceptionDict(int64_t start, int64_t end)
+{
+    auto d = pl::makeDict();
+    d->setInt("StartPage", start);
+    d->setInt("EndPage", end);
+    return d;
+}
+
+TEST(SpecialPagesTicket, EmptyListsAndMissingCoversRemoveTheirKeys)
+{
+    auto ticket = pl::makeDict();
+    for (const char* key : {kSpecialPagesFrontCoverKey, kSpecialPagesBackCoverKey, kSpecialPagesInsertListKey,
+                            kSpecialPagesExceptionListKey})
+        ticket->setString(key, "stale");
+    ticket->setString("com.talmo.print.Other", "kept");
+    SpecialPagesState state;
+    ASSERT_EQ(WriteSpecialPagesToTicket(&state, ticket), noErr);
+    EXPECT_EQ(ticket->size(), 1u);
+    EXPECT_TRUE(ticket->contains("com.talmo.print.Other"));
+}
+
+TEST(SpecialPagesTicket, WritesEveryItem)
+{
+    SpecialPagesState state;
+    state.frontCover = cover(kCoverPrintSide1);
+    state.backCover = cover(kCoverPrintSide2);
+    std::vector<std::unique_ptr<Insert>> inserts;
+    inserts.push_back(std::make_unique<Insert>());
+    ASSERT_EQ(state.inserts.add(inserts), noErr);
+    auto range = std::make_unique<ExceptionPage>();
+    range->setStartPage(2);
+    range->setEndPage(3);
+    ASSERT_EQ(state.exceptions.add(std::vector<const SpecialPage*>{range.get()}), noErr);
+
+    auto ticket = pl::makeDict();
+    ASSERT_EQ(WriteSpecialPagesToTicket(&state, ticket), noErr);
+    EXPECT_TRUE(pl::equal(ticket->getDict(kSpecialPagesFrontCoverKey), state.frontCover->asTicket()));
+    EXPECT_TRUE(pl::equal(ticket->getDict(kSpecialPagesBackCoverKey), state.backCover->asTicket()));
+    EXPECT_TRUE(pl::equal(ticket->getArray(kSpecialPagesInsertListKey), state.inserts.asTicket()));
+    EXPECT_TRUE(pl::equal(ticket->getArray(kSpecialPagesExceptionListKey), state.exceptions.asTicket()));
+    EXPECT_STREQ(kSpecialPagesCreator, "com.talmo.print");
+}
+
+TEST(SpecialPagesTicket, BookletWithEqualCoversStoresOnlyTheFront)
+{
+    struct Case {
+        bool booklet;
+        int32_t backSides;
+        bool backStored;
+    };
+    for (const Case c : {Case{true, kCoverPrintSide1, false}, Case{true, kCoverPrintSide2, true},
+                         Case{false, kCoverPrintSide1, true}}) {
+        SpecialPagesState state;
+        state.frontCover = cover(kCoverPrintSide1);
+        state.backCover = cover(c.backSides);
+        state.backCover->setStartPage(40); // not compared
+        auto ticket = pl::makeDict();
+        ticket->setBool(kBooklet, c.booklet);
+        ticket->set(kSpecialPagesBackCoverKey, pl::makeDict());
+        ASSERT_EQ(WriteSpecialPagesToTicket(&state, ticket), noErr);
+        EXPECT_TRUE(ticket->contains(kSpecialPagesFrontCoverKey));
+        EXPECT_EQ(ticket->contains(kSpecialPagesBackCoverKey), c.backStored)
+            << "booklet " << c.booklet << " back sides " << c.backSides;
+    }
+}
+
+TEST(SpecialPagesTicket, ReadingWithBookletMakesTheBackACloneOfTheFront)
+{
+    auto ticket = pl::makeDict();
+    ticket->set(kSpecialPagesFrontCoverKey, cover(kCoverPrintSide1And2, 10)->asTicket());
+    ticket->set(kSpecialPagesBackCoverKey, cover(kCoverPrintSide2)->asTicket());
+
+    SpecialPagesState state;
+    ticket->setBool(kBooklet, true);
+    ASSERT_EQ(ReadSpecialPagesFromTicket(&state, ticket), noErr);
+    ASSERT_NE(state.frontCover, nullptr);
+    ASSERT_NE(state.backCover, nullptr);
+    EXPECT_NE(state.backCover.get(), state.frontCover.get());
+    EXPECT_TRUE(*state.backCover == *state.frontCover);
+
+    ticket->setBool(kBooklet, false);
+    ASSERT_EQ(ReadSpecialPagesFromTicket(&state, ticket), noErr);
+    EXPECT_EQ(state.backCover->sidesImaged(), kCoverPrintSide2);
+
+    // Booklet layout without a front cover: no back cover either.
+    ticket->remove(kSpecialPagesFrontCoverKey);
+    ticket->setBool(kBooklet, true);
+    ASSERT_EQ(ReadSpecialPagesFromTicket(&state, ticket), noErr);
+    EXPECT_EQ(state.frontCover, nullptr);
+    EXPECT_EQ(state.backCover, nullptr);
+}
+
+TEST(SpecialPagesTicket, ReadingAppliesTheListsOrderingRules)
+{
+    auto ticket = pl::makeDict();
+    auto inserts = pl::makeArray();
+    for (int64_t s : {9, 3, 5}) {
+        auto d = pl::makeDict();
+        d->setInt("StartPage", s);
+        inserts->append(d);
+    }
+    inserts->append(pl::makeString("not a record"));
+    ticket->set(kSpecialPagesInsertListKey, inserts);
+    auto exceptions = pl::makeArray();
+    exceptions->append(exceptionDict(1, 10));
+    exceptions->append(exceptionDict(4, 5));
+    exceptions->append(exceptionDict(20, 12)); // ends before it starts: skipped
+    exceptions->append(pl::makeDict());        // 0-0
+    ticket->set(kSpecialPagesExceptionListKey, exceptions);
+    auto jobStock = pl::makeDict();
+    jobStock->setInt("Source", 10);
+    ticket->set("com.talmo.print.JobLevelStock", jobStock);
+
+    SpecialPagesState state;
+    state.frontCover = cover(kCoverPrintSide1);
+    ASSERT_EQ(ReadSpecialPagesFromTicket(&state, ticket), noErr);
+    EXPECT_EQ(state.frontCover, nullptr); // replaced wholesale
+    EXPECT_EQ(starts(state.inserts), (std::vector<int32_t>{3, 5, 9}));
+    EXPECT_EQ(starts(state.exceptions), (std::vector<int32_t>{0, 1, 4, 6}));
+    ASSERT_NE(state.jobStock, nullptr);
+    EXPECT_EQ(state.jobStock->source(), 10);
+
+    // Lists of another type read as empty; the job stock goes when its key does.
+    ticket->setString(kSpecialPagesInsertListKey, "x");
+    ticket->remove("com.talmo.print.JobLevelStock");
+    ASSERT_EQ(ReadSpecialPagesFromTicket(&state, ticket), noErr);
+    EXPECT_EQ(state.inserts.count(), 0);
+    EXPECT_EQ(state.jobStock, nullptr);
+}
+
+TEST(SpecialPagesTicket, NullArgumentsAreRefused)
+{
+    SpecialPagesState state;
+    EXPECT_EQ(WriteSpecialPagesToTicket(nullptr, pl::makeDict()), paramErr);
+    EXPECT_EQ(WriteSpecialPagesToTicket(&state, nullptr), paramErr);
+    EXPECT_EQ(ReadSpecialPagesFromTicket(nullptr, pl::makeDict()), paramErr);
+    EXPECT_EQ(ReadSpecialPagesFromTicket(&state, nullptr), paramErr);
+}
+
+TEST(SpecialPagesUndo, RestoresThePreviousStateOnceOnly)
+{
+    SpecialPagesState state;
+    EXPECT_FALSE(CanUndo(state));
+    state.frontCover = cover(kCoverPrintSide1);
+    std::vector<std::unique_ptr<Insert>> one;
+    one.push_back(std::make_unique<Insert>());
+    one.back()->setStartPage(4);
+    ASSERT_EQ(state.inserts.add(one), noErr);
+
+    ASSERT_EQ(SaveUndoState(&state), noErr);
+    EXPECT_TRUE(CanUndo(state));
+    const pl::DictPtr before = pl::makeDict();
+    ASSERT_EQ(WriteSpecialPagesToTicket(&state, before), noErr);
+
+    // Change everything, then undo.
+    state.frontCover.reset();
+    state.backCover = cover(kCoverPrintSide2);
+    one.back()->setStartPage(1);
+    ASSERT_EQ(state.inserts.add(one), noErr);
+    auto range = std::make_unique<ExceptionPage>();
+    range->setEndPage(3);
+    ASSERT_EQ(state.exceptions.add(std::vector<const SpecialPage*>{range.get()}), noErr);
+
+    ASSERT_EQ(PerformUndo(&state), noErr);
+    const pl::DictPtr after = pl::makeDict();
+    ASSERT_EQ(WriteSpecialPagesToTicket(&state, after), noErr);
+    EXPECT_TRUE(pl::equal(after, before));
+    EXPECT_EQ(state.backCover, nullptr);
+    EXPECT_FALSE(CanUndo(state));
+
+    // A second undo does nothing until the next change is saved.
+    ASSERT_EQ(PerformUndo(&state), noErr);
+    EXPECT_EQ(state.inserts.count(), 1);
+    EXPECT_NE(state.frontCover, nullptr);
+    EXPECT_EQ(SaveUndoState(nullptr), kPMNoContext);
+    EXPECT_EQ(PerformUndo(nullptr), kPMNoContext);
+}
+
+TEST(SpecialPagesUndo, SnapshotIsACopyNotAnAlias)
+{
+    SpecialPagesState state;
+    state.frontCover = cover(kCoverPrintSide1);
+    ASSERT_EQ(SaveUndoState(&state), noErr);
+    state.frontCover->setSidesImaged(kCoverPrintSide2); // edited in place after the save
+    ASSERT_EQ(PerformUndo(&state), noErr);
+    EXPECT_EQ(state.frontCover->sidesImaged(), kCoverPrintSide1);
+}
+
+} // namespace
