@@ -22,8 +22,8 @@ void BM_InsertsDialogToTicket(benchmark::State& state)
     for (auto _ : state) {
         SpecialPagesState pages;
         const OSStatus status = InsertsDialogOK(&pages, DialogMode::Add, nullptr, input);
-        auto ticket = pl::makeDict();
-        WriteSpecialPagesToTicket(&pages, ticket);
+        Ticket ticket;
+        WriteSpecialPagesToTicket(&pages, &ticket);
         if (status != noErr || pages.inserts.count() != n)
             state.SkipWithError("wrong insert count");
         benchmark::DoNotOptimize(ticket);
@@ -40,11 +40,11 @@ void BM_InsertsFromTicket(benchmark::State& state)
     InsertsDialogInput input = InsertsDialogDefaults();
     input.pageText = n == 99995 ? std::string("5-") : "5-" + std::to_string(4 + n);
     InsertsDialogOK(&pages, DialogMode::Add, nullptr, input);
-    auto ticket = pl::makeDict();
-    WriteSpecialPagesToTicket(&pages, ticket);
+    Ticket ticket;
+    WriteSpecialPagesToTicket(&pages, &ticket);
     for (auto _ : state) {
         SpecialPagesState read;
-        ReadSpecialPagesFromTicket(&read, ticket);
+        ReadSpecialPagesFromTicket(&read, &ticket);
         benchmark::DoNotOptimize(read.inserts.count());
     }
     state.SetItemsProcessed(state.iterations() * n);

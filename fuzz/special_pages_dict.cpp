@@ -33,8 +33,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     roundTrip<Insert>(dict);
     roundTrip<ExceptionPage>(dict);
 
+    Ticket ticket;
+    if (ticket.loadDictionary(dict, "fuzz") != noErr)
+        return 0;
     SpecialPagesState state;
-    if (ReadSpecialPagesFromTicket(&state, dict) != noErr)
+    if (ReadSpecialPagesFromTicket(&state, &ticket) != noErr)
         std::abort();
     // The exception list keeps its invariant whatever the ticket held.
     for (long i = 0; i < state.exceptions.count(); ++i) {
@@ -44,7 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
             std::abort();
     }
     SaveUndoState(&state);
-    WriteSpecialPagesToTicket(&state, dict);
+    WriteSpecialPagesToTicket(&state, &ticket);
     PerformUndo(&state);
     return 0;
 }

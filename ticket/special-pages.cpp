@@ -542,20 +542,28 @@ OSStatus PerformUndo(SpecialPagesState* state)
 
 // --- Ticket storage ------------------------------------------------------------------------
 
-OSStatus WriteSpecialPagesToTicket(const SpecialPagesState* state, const pl::DictPtr& ticket)
+OSStatus WriteSpecialPagesToTicket(const SpecialPagesState* state, Ticket* ticket)
 {
     if (!state || !ticket)
         return paramErr;
-    ticket->set(kSpecialPagesInsertListKey, state->inserts.asTicket());
-    ticket->set(kSpecialPagesExceptionListKey, state->exceptions.asTicket());
-    ticket->set(kSpecialPagesFrontCoverKey, state->frontCover ? state->frontCover->asTicket() : nullptr);
+    for (const char* key : {kSpecialPagesInsertListKey, kSpecialPagesExceptionListKey, kSpecialPagesFrontCoverKey,
+                            kSpecialPagesBackCoverKey})
+        if (ticket->isLocked(key))
+            return kPMTicketItemLocked;
+
+    const auto put = [ticket](const char* key, const pl::ValuePtr& value) {
+        ticket->set(key, value, kTalmoSpecialPagesCreator); // a null value removes the item
+    };
+    put(kSpecialPagesInsertListKey, state->inserts.asTicket());
+    put(kSpecialPagesExceptionListKey, state->exceptions.asTicket());
+    put(kSpecialPagesFrontCoverKey, state->frontCover ? state->frontCover->asTicket() : nullptr);
     // A booklet's back cover is the front cover unless they differ: keep only the front.
-    if (ticket->getBool(kBookletLayoutKey).value_or(false) && state->frontCover && state->backCover &&
-        *state->frontCover == *state->backCover) {
+    const auto booklet = pl::as<pl::Boolean>(ticket->get(kBookletLayoutKey));
+    if (booklet && booklet->value && state->frontCover && state->backCover && *state->frontCover == *state->backCover) {
         ticket->remove(kSpecialPagesBackCoverKey);
         return noErr;
     }
-    ticket->set(kSpecialPagesBackCoverKey, state->backCover ? state->backCover->asTicket() : nullptr);
+    put(kSpecialPagesBackCoverKey, state->backCover ? state->backCover->asTicket() : nullptr);
     return noErr;
 }
 
@@ -563,10 +571,10 @@ namespace {
 
 // Every dictionary element of the array under `key` made into a record; other elements are
 // skipped.
-template <class Record> std::vector<std::unique_ptr<Record>> readRecords(const pl::DictPtr& ticket, const char* key)
+template <class Record> std::vector<std::unique_ptr<Record>> readRecords(const Ticket& ticket, const char* key)
 {
     std::vector<std::unique_ptr<Record>> records;
-    if (pl::ArrayPtr array = ticket->getArray(key)) {
+    if (auto array = pl::as<pl::Array>(ticket.get(key))) {
         records.reserve(array->size());
         for (const pl::ValuePtr& v : *array)
             if (auto d = pl::as<pl::Dictionary>(v))
@@ -577,7 +585,7 @@ template <class Record> std::vector<std::unique_ptr<Record>> readRecords(const p
 
 } // namespace
 
-OSStatus ReadSpecialPagesFromTicket(SpecialPagesState* state, const pl::DictPtr& ticket)
+OSStatus ReadSpecialPagesFromTicket(SpecialPagesState* state, const Ticket* ticket)
 {
     if (!state || !ticket)
         return paramErr;
@@ -586,20 +594,21 @@ OSStatus ReadSpecialPagesFromTicket(SpecialPagesState* state, const pl::DictPtr&
     state->inserts.clear();
     state->exceptions.clear();
 
-    state->inserts.add(readRecords<Insert>(ticket, kSpecialPagesInsertListKey));
-    auto exceptions = readRecords<ExceptionPage>(ticket, kSpecialPagesExceptionListKey);
+    state->inserts.add(readRecords<Insert>(*ticket, kSpecialPagesInsertListKey));
+    auto exceptions = readRecords<ExceptionPage>(*ticket, kSpecialPagesExceptionListKey);
     std::erase_if(exceptions, [](const auto& e) { return e->endPage() < e->startPage(); });
     state->exceptions.add(exceptions);
 
     state->jobStock.reset();
-    if (pl::DictPtr stock = ticket->getDict(kJobLevelStockKey))
+    if (auto stock = pl::as<pl::Dictionary>(ticket->get(kJobLevelStockKey)))
         state->jobStock = std::make_unique<Stock>(stock);
 
-    if (pl::DictPtr front = ticket->getDict(kSpecialPagesFrontCoverKey))
+    if (auto front = pl::as<pl::Dictionary>(ticket->get(kSpecialPagesFrontCoverKey)))
         state->frontCover = std::make_unique<Cover>(front);
-    if (ticket->getBool(kBookletLayoutKey).value_or(false))
+    const auto booklet = pl::as<pl::Boolean>(ticket->get(kBookletLayoutKey));
+    if (booklet && booklet->value)
         state->backCover = cloneCover(state->frontCover);
-    else if (pl::DictPtr back = ticket->getDict(kSpecialPagesBackCoverKey))
+    else if (auto back = pl::as<pl::Dictionary>(ticket->get(kSpecialPagesBackCoverKey)))
         state->backCover = std::make_unique<Cover>(back);
     return noErr;
 }

@@ -15,9 +15,6 @@
 
 namespace talmo {
 
-// The special pages' ticket items (kSpecialPagesFrontCoverKey ... kSpecialPagesExceptionListKey,
-// settings/ticket-keys.h) are written with their own creator.
-inline constexpr const char* kSpecialPagesCreator = "com.talmo.print";
 
 // Cover sides imaged ("CoverBlankorPreprinted" ... "CoverPrintSide1And2").
 inline constexpr int32_t kCoverBlankOrPreprinted = 1;
@@ -240,17 +237,18 @@ OSStatus PerformUndo(SpecialPagesState* state);
 // The Undo command is enabled while any part of a snapshot exists.
 bool CanUndo(const SpecialPagesState& state);
 
-// Ticket storage. `ticket` holds the print settings ticket's items (key -> value); the
-// caller's session writes them with kSpecialPagesCreator. Both return paramErr for a null
-// state or ticket.
+// Ticket storage: the items kSpecialPagesFrontCoverKey ... kSpecialPagesExceptionListKey
+// (settings/ticket-keys.h), written with the creator kTalmoSpecialPagesCreator. Both return
+// paramErr for a null state or ticket.
 //
 // Writing: each list under its key, an empty list removing it; the front cover, or its key
 // removed; with "com.talmo.print.BookletLayout" true and equal covers the back cover's key
-// is removed, otherwise the back cover is written or removed.
-OSStatus WriteSpecialPagesToTicket(const SpecialPagesState* state, const pl::DictPtr& ticket);
-// Reading: both lists rebuilt through add (exception ranges that end before they start are
-// skipped), the covers and the job stock rebuilt; with booklet layout on the back cover is a
-// clone of the front.
-OSStatus ReadSpecialPagesFromTicket(SpecialPagesState* state, const pl::DictPtr& ticket);
+// is removed, otherwise the back cover is written or removed. When one of the four items is
+// locked, kPMTicketItemLocked and nothing is written.
+OSStatus WriteSpecialPagesToTicket(const SpecialPagesState* state, Ticket* ticket);
+// Reading: both lists rebuilt through add (elements that are not dictionaries and exception
+// ranges that end before they start are skipped), the covers and the job stock rebuilt; with
+// booklet layout on the back cover is a clone of the front.
+OSStatus ReadSpecialPagesFromTicket(SpecialPagesState* state, const Ticket* ticket);
 
 } // namespace talmo

@@ -9,6 +9,7 @@ using namespace talmo;
 namespace {
 
 constexpr const char* kBooklet = "com.talmo.print.BookletLayout";
+constexpr const char* kOtherCreator = "com.talmo.printingmanager";
 
 std::unique_ptr<Cover> cover(int32_t sides, int32_t source = kNotSet)
 {
@@ -36,15 +37,15 @@ pl::DictPtr exceptionDict(int64_t start, int64_t end)
 
 TEST(SpecialPagesTicket, EmptyListsAndMissingCoversRemoveTheirKeys)
 {
-    auto ticket = pl::makeDict();
+    Ticket ticket;
     for (const char* key : {kSpecialPagesFrontCoverKey, kSpecialPagesBackCoverKey, kSpecialPagesInsertListKey,
                             kSpecialPagesExceptionListKey})
-        ticket->setString(key, "stale");
-    ticket->setString("com.talmo.print.Other", "kept");
+        ticket.set(key, pl::makeString("stale"), kOtherCreator);
+    ticket.set("com.talmo.print.Other", pl::makeString("kept"), kOtherCreator);
     SpecialPagesState state;
-    ASSERT_EQ(WriteSpecialPagesToTicket(&state, ticket), noErr);
-    EXPECT_EQ(ticket->size(), 1u);
-    EXPECT_TRUE(ticket->contains("com.talmo.print.Other"));
+    ASSERT_EQ(WriteSpecialPagesToTicket(&state, &ticket), noErr);
+    EXPECT_EQ(ticket.size(), 1u);
+    EXPECT_TRUE(ticket.contains("com.talmo.print.Other"));
 }
 
 TEST(SpecialPagesTicket, WritesEveryItem)
@@ -60,13 +61,27 @@ TEST(SpecialPagesTicket, WritesEveryItem)
     range->setEndPage(3);
     ASSERT_EQ(state.exceptions.add(std::vector<const SpecialPage*>{range.get()}), noErr);
 
-    auto ticket = pl::makeDict();
-    ASSERT_EQ(WriteSpecialPagesToTicket(&state, ticket), noErr);
-    EXPECT_TRUE(pl::equal(ticket->getDict(kSpecialPagesFrontCoverKey), state.frontCover->asTicket()));
-    EXPECT_TRUE(pl::equal(ticket->getDict(kSpecialPagesBackCoverKey), state.backCover->asTicket()));
-    EXPECT_TRUE(pl::equal(ticket->getArray(kSpecialPagesInsertListKey), state.inserts.asTicket()));
-    EXPECT_TRUE(pl::equal(ticket->getArray(kSpecialPagesExceptionListKey), state.exceptions.asTicket()));
-    EXPECT_STREQ(kSpecialPagesCreator, "com.talmo.print");
+    Ticket ticket;
+    ASSERT_EQ(WriteSpecialPagesToTicket(&state, &ticket), noErr);
+    EXPECT_TRUE(pl::equal(ticket.get(kSpecialPagesFrontCoverKey), state.frontCover->asTicket()));
+    EXPECT_TRUE(pl::equal(ticket.get(kSpecialPagesBackCoverKey), state.backCover->asTicket()));
+    EXPECT_TRUE(pl::equal(ticket.get(kSpecialPagesInsertListKey), state.inserts.asTicket()));
+    EXPECT_TRUE(pl::equal(ticket.get(kSpecialPagesExceptionListKey), state.exceptions.asTicket()));
+    for (const char* key : {kSpecialPagesFrontCoverKey, kSpecialPagesBackCoverKey, kSpecialPagesInsertListKey,
+                            kSpecialPagesExceptionListKey})
+        EXPECT_EQ(ticket.creatorOf(key), "com.talmo.print") << key;
+}
+
+TEST(SpecialPagesTicket, LockedItemStopsTheWholeWrite)
+{
+    SpecialPagesState state;
+    state.frontCover = cover(kCoverPrintSide1);
+    Ticket ticket;
+    ticket.set(kSpecialPagesInsertListKey, pl::makeString("stale"), kOtherCreator);
+    ticket.set(kSpecialPagesBackCoverKey, pl::makeDict(), kOtherCreator, true);
+    EXPECT_EQ(WriteSpecialPagesToTicket(&state, &ticket), kPMTicketItemLocked);
+    EXPECT_FALSE(ticket.contains(kSpecialPagesFrontCoverKey));
+    EXPECT_TRUE(ticket.contains(kSpecialPagesInsertListKey));
 }
 
 TEST(SpecialPagesTicket, BookletWithEqualCoversStoresOnlyTheFront)
@@ -82,45 +97,45 @@ TEST(SpecialPagesTicket, BookletWithEqualCoversStoresOnlyTheFront)
         state.frontCover = cover(kCoverPrintSide1);
         state.backCover = cover(c.backSides);
         state.backCover->setStartPage(40); // not compared
-        auto ticket = pl::makeDict();
-        ticket->setBool(kBooklet, c.booklet);
-        ticket->set(kSpecialPagesBackCoverKey, pl::makeDict());
-        ASSERT_EQ(WriteSpecialPagesToTicket(&state, ticket), noErr);
-        EXPECT_TRUE(ticket->contains(kSpecialPagesFrontCoverKey));
-        EXPECT_EQ(ticket->contains(kSpecialPagesBackCoverKey), c.backStored)
+        Ticket ticket;
+        ticket.set(kBooklet, pl::makeBool(c.booklet), kOtherCreator);
+        ticket.set(kSpecialPagesBackCoverKey, pl::makeDict(), kOtherCreator);
+        ASSERT_EQ(WriteSpecialPagesToTicket(&state, &ticket), noErr);
+        EXPECT_TRUE(ticket.contains(kSpecialPagesFrontCoverKey));
+        EXPECT_EQ(ticket.contains(kSpecialPagesBackCoverKey), c.backStored)
             << "booklet " << c.booklet << " back sides " << c.backSides;
     }
 }
 
 TEST(SpecialPagesTicket, ReadingWithBookletMakesTheBackACloneOfTheFront)
 {
-    auto ticket = pl::makeDict();
-    ticket->set(kSpecialPagesFrontCoverKey, cover(kCoverPrintSide1And2, 10)->asTicket());
-    ticket->set(kSpecialPagesBackCoverKey, cover(kCoverPrintSide2)->asTicket());
+    Ticket ticket;
+    ticket.set(kSpecialPagesFrontCoverKey, cover(kCoverPrintSide1And2, 10)->asTicket(), kOtherCreator);
+    ticket.set(kSpecialPagesBackCoverKey, cover(kCoverPrintSide2)->asTicket(), kOtherCreator);
 
     SpecialPagesState state;
-    ticket->setBool(kBooklet, true);
-    ASSERT_EQ(ReadSpecialPagesFromTicket(&state, ticket), noErr);
+    ticket.set(kBooklet, pl::makeBool(true), kOtherCreator);
+    ASSERT_EQ(ReadSpecialPagesFromTicket(&state, &ticket), noErr);
     ASSERT_NE(state.frontCover, nullptr);
     ASSERT_NE(state.backCover, nullptr);
     EXPECT_NE(state.backCover.get(), state.frontCover.get());
     EXPECT_TRUE(*state.backCover == *state.frontCover);
 
-    ticket->setBool(kBooklet, false);
-    ASSERT_EQ(ReadSpecialPagesFromTicket(&state, ticket), noErr);
+    ticket.set(kBooklet, pl::makeBool(false), kOtherCreator);
+    ASSERT_EQ(ReadSpecialPagesFromTicket(&state, &ticket), noErr);
     EXPECT_EQ(state.backCover->sidesImaged(), kCoverPrintSide2);
 
     // Booklet layout without a front cover: no back cover either.
-    ticket->remove(kSpecialPagesFrontCoverKey);
-    ticket->setBool(kBooklet, true);
-    ASSERT_EQ(ReadSpecialPagesFromTicket(&state, ticket), noErr);
+    ticket.remove(kSpecialPagesFrontCoverKey);
+    ticket.set(kBooklet, pl::makeBool(true), kOtherCreator);
+    ASSERT_EQ(ReadSpecialPagesFromTicket(&state, &ticket), noErr);
     EXPECT_EQ(state.frontCover, nullptr);
     EXPECT_EQ(state.backCover, nullptr);
 }
 
 TEST(SpecialPagesTicket, ReadingAppliesTheListsOrderingRules)
 {
-    auto ticket = pl::makeDict();
+    Ticket ticket;
     auto inserts = pl::makeArray();
     for (int64_t s : {9, 3, 5}) {
         auto d = pl::makeDict();
@@ -128,20 +143,20 @@ TEST(SpecialPagesTicket, ReadingAppliesTheListsOrderingRules)
         inserts->append(d);
     }
     inserts->append(pl::makeString("not a record"));
-    ticket->set(kSpecialPagesInsertListKey, inserts);
+    ticket.set(kSpecialPagesInsertListKey, inserts, kOtherCreator);
     auto exceptions = pl::makeArray();
     exceptions->append(exceptionDict(1, 10));
     exceptions->append(exceptionDict(4, 5));
     exceptions->append(exceptionDict(20, 12)); // ends before it starts: skipped
     exceptions->append(pl::makeDict());        // 0-0
-    ticket->set(kSpecialPagesExceptionListKey, exceptions);
+    ticket.set(kSpecialPagesExceptionListKey, exceptions, kOtherCreator);
     auto jobStock = pl::makeDict();
     jobStock->setInt("Source", 10);
-    ticket->set("com.talmo.print.JobLevelStock", jobStock);
+    ticket.set("com.talmo.print.JobLevelStock", jobStock, kOtherCreator);
 
     SpecialPagesState state;
     state.frontCover = cover(kCoverPrintSide1);
-    ASSERT_EQ(ReadSpecialPagesFromTicket(&state, ticket), noErr);
+    ASSERT_EQ(ReadSpecialPagesFromTicket(&state, &ticket), noErr);
     EXPECT_EQ(state.frontCover, nullptr); // replaced wholesale
     EXPECT_EQ(starts(state.inserts), (std::vector<int32_t>{3, 5, 9}));
     EXPECT_EQ(starts(state.exceptions), (std::vector<int32_t>{0, 1, 4, 6}));
@@ -149,9 +164,9 @@ TEST(SpecialPagesTicket, ReadingAppliesTheListsOrderingRules)
     EXPECT_EQ(state.jobStock->source(), 10);
 
     // Lists of another type read as empty; the job stock goes when its key does.
-    ticket->setString(kSpecialPagesInsertListKey, "x");
-    ticket->remove("com.talmo.print.JobLevelStock");
-    ASSERT_EQ(ReadSpecialPagesFromTicket(&state, ticket), noErr);
+    ticket.set(kSpecialPagesInsertListKey, pl::makeString("x"), kOtherCreator);
+    ticket.remove("com.talmo.print.JobLevelStock");
+    ASSERT_EQ(ReadSpecialPagesFromTicket(&state, &ticket), noErr);
     EXPECT_EQ(state.inserts.count(), 0);
     EXPECT_EQ(state.jobStock, nullptr);
 }
@@ -159,9 +174,10 @@ TEST(SpecialPagesTicket, ReadingAppliesTheListsOrderingRules)
 TEST(SpecialPagesTicket, NullArgumentsAreRefused)
 {
     SpecialPagesState state;
-    EXPECT_EQ(WriteSpecialPagesToTicket(nullptr, pl::makeDict()), paramErr);
+    Ticket ticket;
+    EXPECT_EQ(WriteSpecialPagesToTicket(nullptr, &ticket), paramErr);
     EXPECT_EQ(WriteSpecialPagesToTicket(&state, nullptr), paramErr);
-    EXPECT_EQ(ReadSpecialPagesFromTicket(nullptr, pl::makeDict()), paramErr);
+    EXPECT_EQ(ReadSpecialPagesFromTicket(nullptr, &ticket), paramErr);
     EXPECT_EQ(ReadSpecialPagesFromTicket(&state, nullptr), paramErr);
 }
 
@@ -177,8 +193,8 @@ TEST(SpecialPagesUndo, RestoresThePreviousStateOnceOnly)
 
     ASSERT_EQ(SaveUndoState(&state), noErr);
     EXPECT_TRUE(CanUndo(state));
-    const pl::DictPtr before = pl::makeDict();
-    ASSERT_EQ(WriteSpecialPagesToTicket(&state, before), noErr);
+    Ticket before;
+    ASSERT_EQ(WriteSpecialPagesToTicket(&state, &before), noErr);
 
     // Change everything, then undo.
     state.frontCover.reset();
@@ -190,9 +206,9 @@ TEST(SpecialPagesUndo, RestoresThePreviousStateOnceOnly)
     ASSERT_EQ(state.exceptions.add(std::vector<const SpecialPage*>{range.get()}), noErr);
 
     ASSERT_EQ(PerformUndo(&state), noErr);
-    const pl::DictPtr after = pl::makeDict();
-    ASSERT_EQ(WriteSpecialPagesToTicket(&state, after), noErr);
-    EXPECT_TRUE(pl::equal(after, before));
+    Ticket after;
+    ASSERT_EQ(WriteSpecialPagesToTicket(&state, &after), noErr);
+    EXPECT_TRUE(pl::equal(after.asDictionary(), before.asDictionary()));
     EXPECT_EQ(state.backCover, nullptr);
     EXPECT_FALSE(CanUndo(state));
 
