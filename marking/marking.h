@@ -8,3 +8,4 @@
 #include "marking/watermark.h"
 #include "marking/font-convert.h"
 #include "marking/watermark-render.h"
+#include "marking/watermark-menu.h"
