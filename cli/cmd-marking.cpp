@@ -7,21 +7,14 @@
 #include <cstdlib>
 #include <memory>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 
 namespace {
 
 using namespace talmo;
 
-bool readWholeFile(const std::string& path, std::vector<uint8_t>& out)
-{
-    std::ifstream in(path, std::ios::binary);
-    if (!in)
-        return false;
-    out.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-    return !in.bad();
-}
+// Fonts beyond this are refused rather than read whole (Type 42 strings cannot address them
+// anyway: the largest TrueType fonts are a few tens of megabytes).
+constexpr size_t kMaxFontBytes = 256u << 20;
 
 std::string fileStem(const std::string& path)
 {
@@ -65,11 +58,12 @@ int type42(const std::vector<std::string>& args)
     if (!sfnt::isPostScriptName(psName))
         return cli::usage("PSNAME \"" + psName + "\" is not a PostScript name (printable ASCII, no white space or ()<>[]{}/%)");
 
-    std::vector<uint8_t> font;
-    if (!readWholeFile(fontPath, font))
-        return cli::fail(fontPath + ": cannot be read");
+    std::string font;
+    int error = 0;
+    if (!ReadFileBytes(fontPath, font, kMaxFontBytes, &error))
+        return cli::fail(fontPath + ": " + std::strerror(error));
     std::string program;
-    auto result = convertTTFtoPS42(font, psName, program);
+    auto result = convertTTFtoPS42({reinterpret_cast<const uint8_t*>(font.data()), font.size()}, psName, program);
     if (!result.complete()) {
         // A partial program would be a broken font: write nothing.
         const char* what = result.status == Type42Status::NoBreakPoint
