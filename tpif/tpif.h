@@ -6,3 +6,5 @@
 #include "tpif/escape.h"
 #include "tpif/elements.h"
 #include "tpif/writer.h"
+#include "tpif/import.h"
+#include "tpif/summary.h"
