@@ -1,0 +1,67 @@
+// talmo type42 as a user runs it: exit status, stderr, and nothing written on a stop.
+#include "test-util.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+using namespace talmo::test;
+
+namespace {
+
+const std::string kTalmo = std::string(TALMO_BINARY_DIR) + "/cli/talmo";
+
+struct Outcome {
+    int status;
+    std::string err;
+};
+
+Outcome talmo(const std::string& args)
+{
+    std::string err = scratchPath("cli-stderr.txt");
+    int status = run(kTalmo + " " + args + " 2> " + err);
+    return {status, readText(err)};
+}
+
+TEST(Type42Command, WritesTheProgramToTheOutputFile)
+{
+    std::string out = scratchPath("cli-tiny.t42");
+    std::filesystem::remove(out);
+    auto o = talmo("type42 " + dataPath("tiny-post2.ttf") + " TinyTest -o " + out);
+    EXPECT_EQ(o.status, 0) << o.err;
+    EXPECT_EQ(readText(out), readText(dataPath("tiny-post2.t42")));
+}
+
+TEST(Type42Command, StopsWriteNothingAndExitNonZero)
+{
+    struct Case {
+        std::string font;
+        const char* stderrPart;
+    };
+    const Case cases[] = {
+        {dataPath("malformed/head-bad-magic.ttf"), "DEBUG: Malformed TrueType file - Bad magic number\n"},
+        {dataPath("malformed/loca-decreasing.ttf"), "not converted (loca: entry 2 = 6 below entry 1 = 12)"},
+        {"/usr/share/fonts/truetype/dejavu/DejaVuSans-ExtraLight.ttf", "Type 42 output incomplete, nothing written"},
+        {dataPath("no-such-font.ttf"), "No such file or directory"},
+    };
+    for (const auto& k : cases) {
+        SCOPED_TRACE(k.font);
+        if (k.font.find("/usr/share") == 0 && !fileExists(k.font))
+            continue;
+        std::string out = scratchPath("cli-stopped.t42");
+        writeText(out, "previous");
+        auto o = talmo("type42 " + k.font + " Probe -o " + out);
+        EXPECT_EQ(o.status, 1);
+        EXPECT_NE(o.err.find(k.stderrPart), std::string::npos) << o.err;
+        EXPECT_EQ(readText(out), "previous") << "the old file stays";
+    }
+}
+
+TEST(Type42Command, RefusesANameThatIsNotAPostScriptName)
+{
+    auto o = talmo("type42 " + dataPath("tiny-post2.ttf") + " 'Bad Name'");
+    EXPECT_EQ(o.status, 2);
+    EXPECT_NE(o.err.find("not a PostScript name"), std::string::npos) << o.err;
+}
+
+} // namespace
