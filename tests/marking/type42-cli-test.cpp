@@ -18,7 +18,9 @@ struct Outcome {
 
 Outcome talmo(const std::string& args)
 {
-    std::string err = scratchPath("cli-stderr.txt");
+    // ctest runs tests in parallel: one scratch file per test.
+    std::string err = scratchPath(std::string("cli-") + testing::UnitTest::GetInstance()->current_test_info()->name() +
+                                  ".err");
     int status = run(kTalmo + " " + args + " 2> " + err);
     return {status, readText(err)};
 }
