@@ -7,6 +7,8 @@
 #include "settings/ticket-access.h"
 #include "settings/ticket-keys.h"
 #include "settings/maps.h"
+#include "settings/menu-model.h"
 #include "settings/history.h"
 #include "settings/numbers.h"
+#include "settings/environment.h"
 #include "settings/xml-entities.h"
