@@ -73,7 +73,9 @@ void loadInt(const pl::Dictionary& d, const char* key, int32_t& field)
         field = int32_t(*v);
 }
 
-pl::DictPtr recordDictionary(const _WatermarkData& r)
+} // namespace
+
+pl::DictPtr watermarkDictionary(const _WatermarkData& r)
 {
     auto d = pl::makeDict();
     d->setString("textString", std::string(watermarkText(r.textString)));
@@ -108,8 +110,6 @@ pl::DictPtr recordDictionary(const _WatermarkData& r)
     return d;
 }
 
-} // namespace
-
 std::string_view watermarkText(const char* field, size_t size)
 {
     return {field, strnlen(field, size)};
@@ -136,6 +136,38 @@ std::vector<std::string>& listOfWatermarks()
     return list;
 }
 
+void loadWatermarkFields(const pl::Dictionary& d, _WatermarkData& r)
+{
+    loadText(d, "textString", r.textString, sizeof r.textString);
+    loadText(d, "filename", r.filename, sizeof r.filename);
+    loadText(d, "filePath", r.filePath, sizeof r.filePath);
+    loadText(d, "fontName", r.fontName, sizeof r.fontName);
+    loadFloat(d, "xOffset", r.xOffset);
+    loadFloat(d, "yOffset", r.yOffset);
+    loadFloat(d, "fontColorRed", r.fontColor.red);
+    loadFloat(d, "fontColorGreen", r.fontColor.green);
+    loadFloat(d, "fontColorBlue", r.fontColor.blue);
+    loadFloat(d, "fontColorAlpha", r.fontColor.alpha);
+    loadFloat(d, "wellColorRed", r.wellColor.red);
+    loadFloat(d, "wellColorGreen", r.wellColor.green);
+    loadFloat(d, "wellColorBlue", r.wellColor.blue);
+    loadFloat(d, "wellColorAlpha", r.wellColor.alpha);
+    loadInt(d, "angle", r.angle);
+    loadInt(d, "density", r.density);
+    loadInt(d, "scale", r.scale);
+    loadInt(d, "units", r.units);
+    loadInt(d, "fontSize", r.fontSize);
+    loadDouble(d, "xPos", r.xPos);
+    loadDouble(d, "yPos", r.yPos);
+    loadInt(d, "glyphCount", r.glyphCount);
+    if (auto data = pl::as<pl::Data>(d.get("glyphs"))) {
+        // Twice the stored length, deliberately generous: the bytes fill the first half.
+        r.glyphs.assign(data->bytes.size(), 0);
+        if (!data->bytes.empty())
+            std::memcpy(r.glyphs.data(), data->bytes.data(), data->bytes.size());
+    }
+}
+
 bool loadWatermarkData(std::string_view file, std::string_view name, _WatermarkData& r)
 {
     auto root = pl::as<pl::Dictionary>(CopyXMLData(file));
@@ -144,33 +176,7 @@ bool loadWatermarkData(std::string_view file, std::string_view name, _WatermarkD
         r.clear();
         return false;
     }
-    loadText(*d, "textString", r.textString, sizeof r.textString);
-    loadText(*d, "filename", r.filename, sizeof r.filename);
-    loadText(*d, "filePath", r.filePath, sizeof r.filePath);
-    loadText(*d, "fontName", r.fontName, sizeof r.fontName);
-    loadFloat(*d, "xOffset", r.xOffset);
-    loadFloat(*d, "yOffset", r.yOffset);
-    loadFloat(*d, "fontColorRed", r.fontColor.red);
-    loadFloat(*d, "fontColorGreen", r.fontColor.green);
-    loadFloat(*d, "fontColorBlue", r.fontColor.blue);
-    loadFloat(*d, "fontColorAlpha", r.fontColor.alpha);
-    loadFloat(*d, "wellColorRed", r.wellColor.red);
-    loadFloat(*d, "wellColorGreen", r.wellColor.green);
-    loadFloat(*d, "wellColorBlue", r.wellColor.blue);
-    loadFloat(*d, "wellColorAlpha", r.wellColor.alpha);
-    loadInt(*d, "angle", r.angle);
-    loadInt(*d, "density", r.density);
-    loadInt(*d, "scale", r.scale);
-    loadInt(*d, "units", r.units);
-    loadInt(*d, "fontSize", r.fontSize);
-    loadDouble(*d, "xPos", r.xPos);
-    loadDouble(*d, "yPos", r.yPos);
-    loadInt(*d, "glyphCount", r.glyphCount);
-    if (auto data = pl::as<pl::Data>(d->get("glyphs"))) {
-        // Twice the stored length, deliberately generous: the bytes fill the first half.
-        r.glyphs.assign(data->bytes.size(), 0);
-        std::memcpy(r.glyphs.data(), data->bytes.data(), data->bytes.size());
-    }
+    loadWatermarkFields(*d, r);
     return true;
 }
 
@@ -180,7 +186,7 @@ bool saveWatermarkData(std::string_view file, const _WatermarkData& record)
     if (name == kWatermarkListEntriesKey)
         return false;
     auto root = readWatermarkFile(file);
-    root->set(name, recordDictionary(record));
+    root->set(name, watermarkDictionary(record));
     int error = 0;
     if (!writeWatermarkFile(file, root, error)) {
         std::fprintf(stderr, kRecordWriteFailure, long(error));

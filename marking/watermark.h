@@ -60,6 +60,12 @@ std::string_view watermarkText(const char (&field)[N])
     return watermarkText(field, N);
 }
 
+// The record's file dictionary (every key; "glyphs" and "glyphCount" only with a buffer), and
+// the field-by-field copy of such a dictionary into a record (absent or unusable keys leave
+// their fields). loadWatermarkData and saveWatermarkData are these around the file.
+pl::DictPtr watermarkDictionary(const _WatermarkData& record);
+void loadWatermarkFields(const pl::Dictionary& entry, _WatermarkData& record);
+
 // Fills the record from the entry `name` of the file. Absent keys (and values of the wrong
 // type or out of the field's range) leave the field as it was; a missing file or entry clears
 // the whole record and returns false.
