@@ -218,3 +218,18 @@ TEST(ExceptionPageList, CloneCopiesEntriesAndStaysIndependent)
 }
 
 } // namespace
+
+namespace {
+
+TEST(ExceptionPageList, CloneKeepsARangeEditedToEndBeforeItStarts)
+{
+    // add() refuses such a range, so the copy takes the entries as they stand rather than
+    // losing them (the undo snapshot is such a copy).
+    ExceptionPageList list;
+    addSpans(list, {{1, 2, A}, {4, 9, B}});
+    list.pageAtIndex(1)->setEndPage(3);
+    ExceptionPageList copy(list);
+    EXPECT_EQ(spans(copy), (std::vector<Span>{{1, 2, A}, {4, 3, B}}));
+}
+
+} // namespace
