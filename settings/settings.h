@@ -12,3 +12,5 @@
 #include "settings/numbers.h"
 #include "settings/environment.h"
 #include "settings/xml-entities.h"
+#include "settings/stock-maps.h"
+#include "settings/paper-sizes.h"

@@ -1,0 +1,176 @@
+#include "ticket/ticket.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+
+using namespace talmo;
+
+namespace {
+constexpr JobContext kJob = 0, kCover = 2, kInsert = 3, kException = 4;
+} // namespace
+
+namespace {
+
+// Shows which key every text came from: "[Key]".
+StockTextSource bracketTexts()
+{
+    StockTextSource t;
+    t.localized = [](std::string_view key) { return "[" + std::string(key) + "]"; };
+    return t;
+}
+
+std::string summary(const Stock& s, JobContext context, const StockTextSource& texts = bracketTexts())
+{
+    return GenerateStockSummary(texts, context, s, "|");
+}
+
+} // namespace
+
+TEST(StockSummary, DefaultStockAtJobLevelShowsPrinterDefaults)
+{
+    EXPECT_EQ(summary(Stock(), kJob),
+              "[StockColor]:[PrinterDefault]|[StockType]:[PrinterDefault]|[StockWeight]:[PrinterDefault]");
+    Stock reset;
+    DefaultStock(reset, kJob);
+    EXPECT_EQ(summary(reset, kJob), summary(Stock(), kJob));
+}
+
+TEST(StockSummary, DefaultStockAtPageLevelIsEmptyAndShowsUseJobSetting)
+{
+    const auto texts = bracketTexts();
+    for (JobContext c : {kCover, kInsert, kException}) {
+        EXPECT_EQ(summary(Stock(), c), "");
+        std::string view = "old";
+        Stock s;
+        EXPECT_EQ(ShowStockSummary(&texts, &view, &s, c), noErr);
+        EXPECT_EQ(view, "[UseJobSetting]");
+    }
+}
+
+TEST(StockSummary, ShowJoinsLinesWithNewlines)
+{
+    const auto texts = bracketTexts();
+    std::string view;
+    Stock s;
+    ASSERT_EQ(ShowStockSummary(&texts, &view, &s, kJob), noErr);
+    EXPECT_EQ(view, "[StockColor]:[PrinterDefault]\n[StockType]:[PrinterDefault]\n[StockWeight]:[PrinterDefault]");
+
+    // A stock whose summary is empty at job level (any other source) falls back to the
+    // printer default.
+    s.setSource(3);
+    ASSERT_EQ(ShowStockSummary(&texts, &view, &s, kJob), noErr);
+    EXPECT_EQ(view, "[PrinterDefault]");
+}
+
+TEST(StockSummary, ShowNeedsTextsAndAView)
+{
+    const auto texts = bracketTexts();
+    std::string view = "kept";
+    Stock s;
+    EXPECT_EQ(ShowStockSummary(nullptr, &view, &s, 0), paramErr);
+    EXPECT_EQ(view, "kept");
+    EXPECT_EQ(ShowStockSummary(&texts, nullptr, &s, 0), paramErr);
+    EXPECT_EQ(ShowStockSummary(&texts, &view, nullptr, 0), noErr);
+    EXPECT_EQ(view, "");
+}
+
+TEST(StockSummary, NameOnlyStockShowsJustItsName)
+{
+    Stock s;
+    s.setCustomName("Glossy 200");
+    s.setCustomNameOnly(true);
+    s.setColor(2);
+    s.setSize(4);
+    EXPECT_EQ(summary(s, kJob), "[StockName]:Glossy 200");
+    EXPECT_EQ(summary(s, kCover), "[StockName]:Glossy 200");
+}
+
+TEST(StockSummary, PageLevelShowsOnlySetAttributesAndTheSize)
+{
+    Stock s;
+    s.setSize(4);
+    s.setWeight(90);
+    s.setCustomName("Report");
+    EXPECT_EQ(summary(s, kInsert), "[StockName]:Report|[StockSize]:[A4StockSize]|[StockWeight]:[90] [gsm]");
+    // The size line is a page-level line only.
+    EXPECT_EQ(summary(s, kJob), "[StockName]:Report|[StockColor]:[PrinterDefault]|"
+                                            "[StockType]:[PrinterDefault]|[StockWeight]:[90] [gsm]");
+    // A type without a colour still shows at page level.
+    Stock typed;
+    typed.setType(9);
+    EXPECT_EQ(summary(typed, kException), "[StockType]:[Labels]");
+}
+
+TEST(StockSummary, ValuesOfEachAttribute)
+{
+    const struct {
+        const char* what;
+        std::function<void(Stock&)> set;
+        const char* line;
+    } cases[] = {
+        {"custom size", [](Stock& s) { s.setWidth(100); }, "[StockSize]:[Custom]"},
+        {"B3 size", [](Stock& s) { s.setSize(70); }, "[StockSize]:[B3 (105 x 148 mm)]"},
+        {"unknown size", [](Stock& s) { s.setSize(99); }, "[StockSize]:STRING NOT FOUND"},
+        {"colour", [](Stock& s) { s.setColor(11); }, "[StockColor]:[Ivory]"},
+        {"custom colour", [](Stock& s) { s.setColor(10); s.setCustomColor("Teal"); }, "[StockColor]:Teal"},
+        {"unknown colour", [](Stock& s) { s.setColor(99); }, "[StockColor]:STRING NOT FOUND"},
+        {"ordered", [](Stock& s) { s.setType(6); s.setCustomType("Set A"); s.setModulus(3); }, "[StockType]:Set A (3)"},
+        {"precut tab", [](Stock& s) { s.setType(4); s.setModulus(5); }, "[StockType]:[StockTypePrecutTab] (5)"},
+        {"custom type", [](Stock& s) { s.setType(7); s.setCustomType("Card"); }, "[StockType]:Card"},
+        {"envelope", [](Stock& s) { s.setType(8); }, "[StockType]:[Envelope]"},
+        {"unknown type", [](Stock& s) { s.setType(50); }, "[StockType]:STRING NOT FOUND"},
+        {"table weight", [](Stock& s) { s.setWeight(250); }, "[StockWeight]:[250] [gsm]"},
+        {"other weight", [](Stock& s) { s.setWeight(100); }, "[StockWeight]:100 [gsm]"},
+    };
+    for (const auto& c : cases) {
+        Stock s;
+        c.set(s);
+        EXPECT_EQ(summary(s, kException), c.line) << c.what;
+    }
+}
+
+TEST(StockSummary, TabStocksShowThePrinterTextWithTheirCount)
+{
+    auto texts = bracketTexts();
+    texts.mediaTypeText = [](int32_t type) -> std::optional<std::string> {
+        if (type == 24)
+            return "Tab Stock";
+        return std::nullopt;
+    };
+    Stock s;
+    s.setType(24);
+    s.setModulus(5);
+    EXPECT_EQ(summary(s, kCover, texts), "[StockType]:Tab Stock (5)");
+    // No text from the printer: no type line at all.
+    s.setType(33);
+    EXPECT_EQ(summary(s, kCover, texts), "");
+    EXPECT_EQ(summary(s, kCover), "");
+    // Without a count it is an ordinary (unnamed) type.
+    s.setType(24);
+    s.setModulus(0);
+    EXPECT_EQ(summary(s, kCover, texts), "[StockType]:STRING NOT FOUND");
+}
+
+TEST(StockSummary, SourceDecidesWhetherAttributesShow)
+{
+    auto texts = bracketTexts();
+    texts.installedOptionText = [](std::string_view key) { return "Inserter (" + std::string(key) + ")"; };
+    Stock s;
+    s.setColor(2);
+    s.setCustomName("Blue");
+    s.setSource(kStockSourceInserter);
+    EXPECT_EQ(summary(s, kInsert, texts), "- Inserter (PostPrintInserterKey)");
+    EXPECT_EQ(summary(s, kJob, texts), "- Inserter (PostPrintInserterKey)");
+    s.setSource(2);
+    EXPECT_EQ(summary(s, kInsert, texts), "");
+}
+
+TEST(StockSummary, MissingTextsShowStringNotFound)
+{
+    StockTextSource none;
+    Stock s;
+    s.setColor(1);
+    EXPECT_EQ(summary(s, kCover, none), "STRING NOT FOUND:STRING NOT FOUND");
+}
