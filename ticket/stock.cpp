@@ -10,7 +10,6 @@
 namespace talmo {
 
 namespace {
-constexpr JobContext kJobLevel = 0;
 constexpr const char* kMissingText = "STRING NOT FOUND"; // the bundle's fallback text
 } // namespace
 
@@ -243,41 +242,12 @@ void DefaultStock(Stock& stock, JobContext context)
     stock.setDescription(std::string());
     stock.setCustomName(std::string());
     stock.setCustomNameOnly(false);
-    stock.setPunched(context == kJobLevel ? kStockPunchedNo : kNotSet);
+    stock.setPunched(context == kJobContextJob ? kStockPunchedNo : kNotSet);
 }
 
 // --- summary ---
 
 namespace {
-
-// The map search of the setting maps: the row of `value`, else the first value-0 row, else
-// none. The stock maps depend on no installable option.
-const char* keyForValue(const SettingMap* map, int32_t value)
-{
-    if (map[0].ticketValue == 0)
-        return map[0].key;
-    const SettingMap* row = map;
-    while (row->ticketValue != value && row->ticketValue != 0)
-        ++row;
-    return row->key;
-}
-
-// The same search over a row that is a real entry only (no value-0 fallback).
-bool mapHasValue(const SettingMap* map, int32_t value)
-{
-    for (const SettingMap* row = map; row->key; ++row)
-        if (row->ticketValue == value)
-            return true;
-    return false;
-}
-
-const char* keyForPaperSize(const _PaperSizeSettingMap* map, int32_t value)
-{
-    const _PaperSizeSettingMap* row = map;
-    while (row->ticketValue != value && row->ticketValue != 0)
-        ++row;
-    return row->key;
-}
 
 std::string localized(const StockTextSource& texts, const char* key)
 {
@@ -299,19 +269,21 @@ std::string GenerateStockSummary(const StockTextSource& texts, JobContext contex
     auto line = [&](const char* label, const std::string& value) {
         lines.push_back(localized(texts, label) + ":" + value);
     };
-    const bool pageLevel = context != kJobLevel;
+    const bool pageLevel = context != kJobContextJob;
 
     if (stock.source() == kNotSet) {
         if (hasText(stock.customName()))
             line("StockName", *stock.customName());
         if (!stock.customNameOnly()) {
             if (stock.size() != kNotSet && pageLevel)
-                line("StockSize", localized(texts, keyForPaperSize(CompleteStockSizeMap, stock.size())));
+                line("StockSize",
+                     localized(texts, LocalizedKeyForPaperSizeTicketValue(CompleteStockSizeMap, stock.size())));
 
             if (!(stock.color() == kNotSet && pageLevel)) {
-                line("StockColor", stock.color() == kStockColorCustom
-                                       ? textOrEmpty(stock.customColor())
-                                       : localized(texts, keyForValue(_CompleteStockColorMap, stock.color())));
+                const bool custom = stock.color() == kStockColorCustom;
+                line("StockColor",
+                     custom ? textOrEmpty(stock.customColor())
+                            : localized(texts, LocalizedKeyForTicketValue(_CompleteStockColorMap, stock.color())));
             }
             if (!(stock.type() == kNotSet && pageLevel)) {
                 const int32_t type = stock.type();
@@ -326,7 +298,7 @@ std::string GenerateStockSummary(const StockTextSource& texts, JobContext contex
                 } else if (type == kStockTypeCustom) {
                     line("StockType", textOrEmpty(stock.customType()));
                 } else {
-                    line("StockType", localized(texts, keyForValue(_CompleteStockTypeMap, type)));
+                    line("StockType", localized(texts, LocalizedKeyForTicketValue(_CompleteStockTypeMap, type)));
                 }
             }
 
@@ -334,8 +306,8 @@ std::string GenerateStockSummary(const StockTextSource& texts, JobContext contex
             if (!(weight == kNotSet && pageLevel)) {
                 if (weight == kNotSet)
                     line("StockWeight", localized(texts, "PrinterDefault"));
-                else if (mapHasValue(_WeightMap, weight))
-                    line("StockWeight", localized(texts, keyForValue(_WeightMap, weight)) + " " +
+                else if (TicketToUI(_WeightMap, weight) > 0)
+                    line("StockWeight", localized(texts, LocalizedKeyForTicketValue(_WeightMap, weight)) + " " +
                                             localized(texts, "gsm"));
                 else
                     line("StockWeight", std::to_string(weight) + " " + localized(texts, "gsm"));
@@ -366,7 +338,7 @@ OSStatus ShowStockSummary(const StockTextSource* texts, std::string* summaryView
     }
     std::string summary = GenerateStockSummary(*texts, context, *stock, "\n");
     if (summary.empty())
-        summary = localized(*texts, context != kJobLevel ? "UseJobSetting" : "PrinterDefault");
+        summary = localized(*texts, context != kJobContextJob ? "UseJobSetting" : "PrinterDefault");
     *summaryView = std::move(summary);
     return noErr;
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "settings/settings.h"
+#include "ticket/summary-labels.h"
 
 #include <functional>
 #include <optional>
@@ -10,10 +11,6 @@
 #include <string_view>
 
 namespace talmo {
-
-// Where a stock is edited: 0 is the job as a whole; any other value is page level (2 covers,
-// 3 inserts, 4 exception ranges). It decides how an unset attribute is shown.
-using JobContext = int32_t;
 
 // Codes with a rule attached to them. The full value tables are the setting maps of
 // settings/stock-maps.h and settings/paper-sizes.h.
@@ -156,7 +153,7 @@ void DefaultStock(Stock& stock, JobContext context);
 // answers "STRING NOT FOUND" for a missing key); the other two are what only the printer's
 // description can say. A missing function counts as "no text".
 struct StockTextSource {
-    std::function<std::string(std::string_view key)> localized;
+    LabelLookup localized;
     // Display text of the printer's "MediaType" choice for a type code, if it has one.
     std::function<std::optional<std::string>(int32_t type)> mediaTypeText;
     // The installed-options layer's text for a key such as "PostPrintInserterKey".

@@ -8,10 +8,6 @@
 using namespace talmo;
 
 namespace {
-constexpr JobContext kJob = 0, kCover = 2, kInsert = 3, kException = 4;
-} // namespace
-
-namespace {
 
 // A stock picked from the paper library: named, and (for the source rules) fed from the
 // inserter.
@@ -53,7 +49,7 @@ TEST(StockCommands, SimpleChoicesSetTheirFieldAndDetachTheNamedPaper)
     };
     for (const auto& c : cases) {
         Stock s = namedPaper();
-        EXPECT_EQ(ApplyStockCommand(s, c.command, c.value, kJob), StockCommandResult::Applied) << c.what;
+        EXPECT_EQ(ApplyStockCommand(s, c.command, c.value, kJobContextJob), StockCommandResult::Applied) << c.what;
         EXPECT_EQ(c.field(s), c.value) << c.what;
         if (c.command != kStockCommandSource) {
             EXPECT_EQ(s.source(), c.resetsSource ? kNotSet : kStockSourceInserter) << c.what;
@@ -65,7 +61,7 @@ TEST(StockCommands, SimpleChoicesSetTheirFieldAndDetachTheNamedPaper)
 TEST(StockCommands, TransparencyFromTheMenuForcesClear)
 {
     Stock s = namedPaper();
-    ApplyStockCommand(s, kStockCommandType, kStockTypeTransparency, kJob);
+    ApplyStockCommand(s, kStockCommandType, kStockTypeTransparency, kJobContextJob);
     EXPECT_EQ(s.color(), kStockColorClear);
 }
 
@@ -74,7 +70,7 @@ TEST(StockCommands, CustomSizeComesFromItsDialog)
     StockCommandDialogs dialogs;
     dialogs.customSize = [](const Stock&) { return std::optional<StockDimensions>({{20000, 30000}}); };
     Stock s = namedPaper();
-    EXPECT_EQ(ApplyStockCommand(s, kStockCommandSize, 75, kJob, dialogs), StockCommandResult::Applied);
+    EXPECT_EQ(ApplyStockCommand(s, kStockCommandSize, 75, kJobContextJob, dialogs), StockCommandResult::Applied);
     EXPECT_EQ(s.size(), 75);
     EXPECT_EQ(s.width(), 20000);
     EXPECT_EQ(s.length(), 30000);
@@ -83,7 +79,7 @@ TEST(StockCommands, CustomSizeComesFromItsDialog)
 
     // Cancel keeps the size; the command's own resets still happen.
     Stock c = namedPaper();
-    EXPECT_EQ(ApplyStockCommand(c, kStockCommandSize, 75, kJob), StockCommandResult::Cancelled);
+    EXPECT_EQ(ApplyStockCommand(c, kStockCommandSize, 75, kJobContextJob), StockCommandResult::Cancelled);
     EXPECT_EQ(c.size(), 1);
     EXPECT_EQ(c.width(), kNotSet);
     EXPECT_EQ(c.source(), kNotSet);
@@ -100,7 +96,7 @@ TEST(StockCommands, CustomColourClearsItsTextBeforeTheDialog)
     };
     Stock s = namedPaper();
     s.setCustomColor("Old");
-    EXPECT_EQ(ApplyStockCommand(s, kStockCommandColor, 10, kCover, ok), StockCommandResult::Applied);
+    EXPECT_EQ(ApplyStockCommand(s, kStockCommandColor, 10, kJobContextCovers, ok), StockCommandResult::Applied);
     EXPECT_EQ(seen, "");
     EXPECT_EQ(s.color(), 10);
     EXPECT_EQ(s.customColor(), "Teal");
@@ -108,7 +104,7 @@ TEST(StockCommands, CustomColourClearsItsTextBeforeTheDialog)
     Stock c = namedPaper();
     c.setColor(10);
     c.setCustomColor("Old");
-    EXPECT_EQ(ApplyStockCommand(c, kStockCommandColor, 10, kCover), StockCommandResult::Cancelled);
+    EXPECT_EQ(ApplyStockCommand(c, kStockCommandColor, 10, kJobContextCovers), StockCommandResult::Cancelled);
     EXPECT_EQ(c.color(), 10);
     EXPECT_EQ(c.customColor(), "");
     EXPECT_TRUE(detached(c));
@@ -122,24 +118,25 @@ TEST(StockCommands, TypeDialogsFillTypeNameAndCount)
     d.precutTab = [](const Stock&) { return std::optional<int32_t>(5); };
 
     Stock ordered = namedPaper();
-    EXPECT_EQ(ApplyStockCommand(ordered, kStockCommandType, 6, kInsert, d), StockCommandResult::Applied);
+    EXPECT_EQ(ApplyStockCommand(ordered, kStockCommandType, 6, kJobContextInserts, d), StockCommandResult::Applied);
     EXPECT_EQ(ordered.type(), 6);
     EXPECT_EQ(ordered.customType(), "Set B");
     EXPECT_EQ(ordered.modulus(), 4);
 
     Stock custom = namedPaper();
-    ApplyStockCommand(custom, kStockCommandType, 7, kInsert, d);
+    ApplyStockCommand(custom, kStockCommandType, 7, kJobContextInserts, d);
     EXPECT_EQ(custom.type(), 7);
     EXPECT_EQ(custom.customType(), "Card");
 
     Stock tabs = namedPaper();
-    ApplyStockCommand(tabs, kStockCommandType, 4, kInsert, d);
+    ApplyStockCommand(tabs, kStockCommandType, 4, kJobContextInserts, d);
     EXPECT_EQ(tabs.type(), 4);
     EXPECT_EQ(tabs.modulus(), 5);
 
     for (int32_t value : {4, 6, 7}) {
         Stock cancelled = namedPaper();
-        EXPECT_EQ(ApplyStockCommand(cancelled, kStockCommandType, value, kInsert), StockCommandResult::Cancelled);
+        EXPECT_EQ(ApplyStockCommand(cancelled, kStockCommandType, value, kJobContextInserts),
+                  StockCommandResult::Cancelled);
         EXPECT_EQ(cancelled.type(), 1) << value;
         EXPECT_TRUE(detached(cancelled)) << value;
     }
@@ -217,12 +214,12 @@ TEST(StockCommands, AdvancedAndLibraryReplaceTheStockOnlyOnOk)
 TEST(StockCommands, DefaultFollowsTheCallersContext)
 {
     Stock job = namedPaper();
-    EXPECT_EQ(ApplyStockCommand(job, kStockCommandDefault, 0, kJob), StockCommandResult::Applied);
+    EXPECT_EQ(ApplyStockCommand(job, kStockCommandDefault, 0, kJobContextJob), StockCommandResult::Applied);
     EXPECT_EQ(job.punched(), kStockPunchedNo);
     EXPECT_EQ(job.color(), kNotSet);
     EXPECT_TRUE(detached(job));
     Stock page = namedPaper();
-    ApplyStockCommand(page, kStockCommandDefault, 0, kCover);
+    ApplyStockCommand(page, kStockCommandDefault, 0, kJobContextCovers);
     EXPECT_EQ(page.punched(), kNotSet);
 }
 

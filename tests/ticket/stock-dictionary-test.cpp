@@ -220,7 +220,8 @@ TEST(StockDictionary, EmptyAndNullTextsAreNotWritten)
 // default, and the other fields are still read.
 TEST(StockDictionary, WrongTypedNumbersLeaveDefaults)
 {
-    const char* numericKeys[] = {"Size", "Type", "Color", "Weight", "Punched", "SidesCoated", "Finish", "kGrain", "Source"};
+    const char* numericKeys[] = {"Size",        "Type",   "Color",  "Weight", "Punched",
+                                 "SidesCoated", "Finish", "kGrain", "Source"};
     const std::vector<std::pair<std::string, pl::ValuePtr>> badValues = {
         {"string", pl::makeString("4")},
         {"boolean", pl::makeBool(true)},

@@ -7,10 +7,6 @@
 
 using namespace talmo;
 
-namespace {
-constexpr JobContext kJob = 0, kCover = 2, kInsert = 3, kException = 4;
-} // namespace
-
 TEST(StockSetters, ACustomDimensionMakesTheSizeCustomAndANamedSizeClearsThem)
 {
     Stock s;
@@ -113,9 +109,9 @@ TEST(DefaultStock, ResetsUserChoicesForTheContext)
     s.setSource(10);
 
     Stock job = s;
-    DefaultStock(job, kJob);
+    DefaultStock(job, kJobContextJob);
     Stock page = s;
-    DefaultStock(page, kException);
+    DefaultStock(page, kJobContextExceptions);
 
     for (const Stock* d : {&job, &page}) {
         EXPECT_EQ(d->size(), kNotSet);
@@ -140,7 +136,7 @@ TEST(DefaultStock, ResetsUserChoicesForTheContext)
     }
     EXPECT_EQ(job.punched(), kStockPunchedNo);
     EXPECT_EQ(page.punched(), kNotSet);
-    for (JobContext c : {kCover, kInsert, 1}) {
+    for (JobContext c : {kJobContextCovers, kJobContextInserts, 1}) {
         Stock other = s;
         DefaultStock(other, c);
         EXPECT_EQ(other.punched(), kNotSet) << "context " << c;

@@ -8,10 +8,6 @@
 using namespace talmo;
 
 namespace {
-constexpr JobContext kJob = 0, kCover = 2, kInsert = 3, kException = 4;
-} // namespace
-
-namespace {
 
 // Shows which key every text came from: "[Key]".
 StockTextSource bracketTexts()
@@ -30,17 +26,17 @@ std::string summary(const Stock& s, JobContext context, const StockTextSource& t
 
 TEST(StockSummary, DefaultStockAtJobLevelShowsPrinterDefaults)
 {
-    EXPECT_EQ(summary(Stock(), kJob),
+    EXPECT_EQ(summary(Stock(), kJobContextJob),
               "[StockColor]:[PrinterDefault]|[StockType]:[PrinterDefault]|[StockWeight]:[PrinterDefault]");
     Stock reset;
-    DefaultStock(reset, kJob);
-    EXPECT_EQ(summary(reset, kJob), summary(Stock(), kJob));
+    DefaultStock(reset, kJobContextJob);
+    EXPECT_EQ(summary(reset, kJobContextJob), summary(Stock(), kJobContextJob));
 }
 
 TEST(StockSummary, DefaultStockAtPageLevelIsEmptyAndShowsUseJobSetting)
 {
     const auto texts = bracketTexts();
-    for (JobContext c : {kCover, kInsert, kException}) {
+    for (JobContext c : {kJobContextCovers, kJobContextInserts, kJobContextExceptions}) {
         EXPECT_EQ(summary(Stock(), c), "");
         std::string view = "old";
         Stock s;
@@ -54,13 +50,13 @@ TEST(StockSummary, ShowJoinsLinesWithNewlines)
     const auto texts = bracketTexts();
     std::string view;
     Stock s;
-    ASSERT_EQ(ShowStockSummary(&texts, &view, &s, kJob), noErr);
+    ASSERT_EQ(ShowStockSummary(&texts, &view, &s, kJobContextJob), noErr);
     EXPECT_EQ(view, "[StockColor]:[PrinterDefault]\n[StockType]:[PrinterDefault]\n[StockWeight]:[PrinterDefault]");
 
     // A stock whose summary is empty at job level (any other source) falls back to the
     // printer default.
     s.setSource(3);
-    ASSERT_EQ(ShowStockSummary(&texts, &view, &s, kJob), noErr);
+    ASSERT_EQ(ShowStockSummary(&texts, &view, &s, kJobContextJob), noErr);
     EXPECT_EQ(view, "[PrinterDefault]");
 }
 
@@ -83,8 +79,8 @@ TEST(StockSummary, NameOnlyStockShowsJustItsName)
     s.setCustomNameOnly(true);
     s.setColor(2);
     s.setSize(4);
-    EXPECT_EQ(summary(s, kJob), "[StockName]:Glossy 200");
-    EXPECT_EQ(summary(s, kCover), "[StockName]:Glossy 200");
+    EXPECT_EQ(summary(s, kJobContextJob), "[StockName]:Glossy 200");
+    EXPECT_EQ(summary(s, kJobContextCovers), "[StockName]:Glossy 200");
 }
 
 TEST(StockSummary, PageLevelShowsOnlySetAttributesAndTheSize)
@@ -93,14 +89,14 @@ TEST(StockSummary, PageLevelShowsOnlySetAttributesAndTheSize)
     s.setSize(4);
     s.setWeight(90);
     s.setCustomName("Report");
-    EXPECT_EQ(summary(s, kInsert), "[StockName]:Report|[StockSize]:[A4StockSize]|[StockWeight]:[90] [gsm]");
+    EXPECT_EQ(summary(s, kJobContextInserts), "[StockName]:Report|[StockSize]:[A4StockSize]|[StockWeight]:[90] [gsm]");
     // The size line is a page-level line only.
-    EXPECT_EQ(summary(s, kJob), "[StockName]:Report|[StockColor]:[PrinterDefault]|"
+    EXPECT_EQ(summary(s, kJobContextJob), "[StockName]:Report|[StockColor]:[PrinterDefault]|"
                                             "[StockType]:[PrinterDefault]|[StockWeight]:[90] [gsm]");
     // A type without a colour still shows at page level.
     Stock typed;
     typed.setType(9);
-    EXPECT_EQ(summary(typed, kException), "[StockType]:[Labels]");
+    EXPECT_EQ(summary(typed, kJobContextExceptions), "[StockType]:[Labels]");
 }
 
 TEST(StockSummary, ValuesOfEachAttribute)
@@ -127,7 +123,7 @@ TEST(StockSummary, ValuesOfEachAttribute)
     for (const auto& c : cases) {
         Stock s;
         c.set(s);
-        EXPECT_EQ(summary(s, kException), c.line) << c.what;
+        EXPECT_EQ(summary(s, kJobContextExceptions), c.line) << c.what;
     }
 }
 
@@ -142,15 +138,15 @@ TEST(StockSummary, TabStocksShowThePrinterTextWithTheirCount)
     Stock s;
     s.setType(24);
     s.setModulus(5);
-    EXPECT_EQ(summary(s, kCover, texts), "[StockType]:Tab Stock (5)");
+    EXPECT_EQ(summary(s, kJobContextCovers, texts), "[StockType]:Tab Stock (5)");
     // No text from the printer: no type line at all.
     s.setType(33);
-    EXPECT_EQ(summary(s, kCover, texts), "");
-    EXPECT_EQ(summary(s, kCover), "");
+    EXPECT_EQ(summary(s, kJobContextCovers, texts), "");
+    EXPECT_EQ(summary(s, kJobContextCovers), "");
     // Without a count it is an ordinary (unnamed) type.
     s.setType(24);
     s.setModulus(0);
-    EXPECT_EQ(summary(s, kCover, texts), "[StockType]:STRING NOT FOUND");
+    EXPECT_EQ(summary(s, kJobContextCovers, texts), "[StockType]:STRING NOT FOUND");
 }
 
 TEST(StockSummary, SourceDecidesWhetherAttributesShow)
@@ -161,10 +157,10 @@ TEST(StockSummary, SourceDecidesWhetherAttributesShow)
     s.setColor(2);
     s.setCustomName("Blue");
     s.setSource(kStockSourceInserter);
-    EXPECT_EQ(summary(s, kInsert, texts), "- Inserter (PostPrintInserterKey)");
-    EXPECT_EQ(summary(s, kJob, texts), "- Inserter (PostPrintInserterKey)");
+    EXPECT_EQ(summary(s, kJobContextInserts, texts), "- Inserter (PostPrintInserterKey)");
+    EXPECT_EQ(summary(s, kJobContextJob, texts), "- Inserter (PostPrintInserterKey)");
     s.setSource(2);
-    EXPECT_EQ(summary(s, kInsert, texts), "");
+    EXPECT_EQ(summary(s, kJobContextInserts, texts), "");
 }
 
 TEST(StockSummary, MissingTextsShowStringNotFound)
@@ -172,5 +168,5 @@ TEST(StockSummary, MissingTextsShowStringNotFound)
     StockTextSource none;
     Stock s;
     s.setColor(1);
-    EXPECT_EQ(summary(s, kCover, none), "STRING NOT FOUND:STRING NOT FOUND");
+    EXPECT_EQ(summary(s, kJobContextCovers, none), "STRING NOT FOUND:STRING NOT FOUND");
 }
