@@ -86,3 +86,19 @@ bool PPDGetCustomSizeLimits(PPDHandle ppd, float* minWidth, float* minHeight, fl
 std::vector<std::pair<std::string, std::string>> PPDInstallableOptionChoices(PPDHandle ppd);
 
 } // namespace talmo
+
+namespace talmo {
+
+class Ticket;
+
+// The page format ticket keeps the PPD choices the user made as one dictionary item
+// (option -> choice) under this key.
+inline constexpr char kPMPPDDictKey[] = "PMPPDDict";
+
+// A copy of the ticket's PPD dictionary; empty when the ticket has none.
+pl::DictPtr PMTicketGetPPDDict(const Ticket* pageFormat);
+std::optional<std::string> PPDCopyCurrentChoice(const Ticket* pageFormat, std::string_view option);
+// Stores the choice in the ticket's PPD dictionary (written back with the panels' creator).
+OSStatus PPDSetCurrentChoice(Ticket* pageFormat, std::string_view option, std::string_view choice);
+
+} // namespace talmo

@@ -180,3 +180,41 @@ TEST_F(CurrentPPD, DeclaredLanguageEncodingChoosesTheTextEncoding)
 }
 
 } // namespace
+
+namespace {
+
+TEST_F(CurrentPPD, ChoicesLiveInThePageFormatTicketAndMimicReadsThePrinterInfo)
+{
+    PrintSession session;
+    Ticket& pageFormat = session.pageFormat();
+    EXPECT_EQ(PPDCopyCurrentChoice(&pageFormat, "Duplex"), std::nullopt);
+    ASSERT_EQ(PPDSetCurrentChoice(&pageFormat, "Duplex", "DuplexTumble"), noErr);
+    ASSERT_EQ(PPDSetCurrentChoice(&pageFormat, "OutputBin", "Center"), noErr);
+    EXPECT_EQ(PPDCopyCurrentChoice(&pageFormat, "Duplex"), "DuplexTumble");
+    EXPECT_EQ(pageFormat.creatorOf(kPMPPDDictKey), "com.talmo.printingmanager");
+    EXPECT_EQ(PPDSetCurrentChoice(nullptr, "Duplex", "None"), paramErr);
+
+    // The current PPD opens from the session's printer (the demo printer by default).
+    SetCurrentPrintSession(&session);
+    PPDCloseCurrent();
+    PPDHandle ppd = PPDGetCurrent();
+    ASSERT_NE(ppd, nullptr);
+    EXPECT_TRUE(PPDManufacturerIsTalmo(ppd));
+    EXPECT_EQ(PPDGetTicketValueForChoiceOrDefault(PMTicketGetPPDDict(&pageFormat), ppd, "OutputBin"), 5);
+    ASSERT_TRUE(LoadInstallableOptions(ppd, kTalmoInstalledFeatureMap));
+    EXPECT_EQ(CopyDeviceMimicFilename(), nullptr); // no make and model in the printer info yet
+    session.printerInfo().set("com.apple.print.PrinterInfo.PMMakeAndModelName", pl::makeString("Talmo Studio Press"),
+                              "com.talmo.printingmanager");
+    EXPECT_STREQ(CopyDeviceMimicFilename(), "Mimic_FF_FENN-PN_Professional.gif");
+    SetCurrentPrintSession(nullptr);
+    EXPECT_EQ(CopyDeviceMimicFilename(), nullptr);
+}
+
+TEST_F(CurrentPPD, OnlyTheExactMakerNameIsTalmo)
+{
+    EXPECT_TRUE(PPDManufacturerIsTalmo(PPDOpenAsCurrent(shipped("talmo-office-press.ppd"))));
+    EXPECT_FALSE(PPDManufacturerIsTalmo(PPDOpenAsCurrent(fixture("for-tests-maker-suffix.ppd"))));
+    EXPECT_FALSE(PPDManufacturerIsTalmo(nullptr));
+}
+
+} // namespace
