@@ -102,3 +102,18 @@ std::optional<std::string> PPDCopyCurrentChoice(const Ticket* pageFormat, std::s
 OSStatus PPDSetCurrentChoice(Ticket* pageFormat, std::string_view option, std::string_view choice);
 
 } // namespace talmo
+
+namespace talmo {
+
+struct MenuModel;
+struct PopupButtonModel;
+
+// The offered choices as menu items whose reference is the ticket value; the popup variant
+// also sets the control maximum to the item count.
+int PPDPopulateMenuWithChoices(MenuModel& menu, PPDHandle ppd, std::string_view option);
+int PPDPopulatePopupWithChoices(PopupButtonModel& popup, PPDHandle ppd, std::string_view option);
+// Makes GetMediaLimits answer the current PPD's custom page size limits (the defaults
+// while no PPD can be opened).
+void InstallPPDMediaLimits();
+
+} // namespace talmo

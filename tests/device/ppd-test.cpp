@@ -218,3 +218,35 @@ TEST_F(CurrentPPD, OnlyTheExactMakerNameIsTalmo)
 }
 
 } // namespace
+
+namespace {
+
+TEST_F(CurrentPPD, MediaLimitsComeFromTheCurrentPPD)
+{
+    InstallPPDMediaLimits();
+    PPDOpenAsCurrent(fixture("for-tests-no-installable.ppd"));
+    MediaLimits limits = GetMediaLimits();
+    EXPECT_EQ(limits.minWidth, 283);
+    EXPECT_EQ(limits.maxHeight, 1368);
+    PPDCloseCurrent(); // no session, so no PPD can be opened: the defaults
+    limits = GetMediaLimits();
+    EXPECT_EQ(limits.minWidth, 432);
+    EXPECT_EQ(limits.maxHeight, 864);
+    SetMediaLimitsHook(nullptr);
+}
+
+TEST_F(CurrentPPD, PopupCarriesTicketValuesAndTheItemCount)
+{
+    PPDHandle ppd = PPDOpenAsCurrent(fixture("for-tests-unmapped-choice.ppd"));
+    PopupButtonModel popup;
+    popup.menu.items.push_back({"stale", 0, 99, false});
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(PPDPopulatePopupWithChoices(popup, ppd, "MediaType"), 13);
+    testing::internal::GetCapturedStderr();
+    EXPECT_EQ(popup.maximum, 13);
+    ASSERT_NE(popup.menu.item(7), nullptr);
+    EXPECT_EQ(popup.menu.item(7)->label, "Card Stock");
+    EXPECT_EQ(popup.menu.item(7)->reference, 12);
+}
+
+} // namespace
