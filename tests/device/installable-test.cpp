@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
+
 using namespace talmo;
 
 namespace {
@@ -177,6 +180,32 @@ TEST_F(Installable, EveryFinisherHasItsPictureInBothSets)
         EXPECT_STREQ(studio, r.studio) << r.option1;
         EXPECT_STREQ(office, r.office) << r.option1;
     }
+}
+
+} // namespace
+
+namespace {
+
+TEST_F(Installable, FeatureLabelComesFromTheFirstHoldingRowOrTheLastRow)
+{
+    namespace fs = std::filesystem;
+    const fs::path dir = fs::path(testing::TempDir()) / "labels.bundle";
+    fs::create_directories(dir / "Resources/en.lproj");
+    std::ofstream(dir / "Resources/en.lproj/Localizable.strings")
+        << "\"StackerHCS\" = \"HCS stacker\";\n\"StackerProf\" = \"Finisher stacker\";\n"
+           "\"MissingB\" = \"Last row\";\n\"AlwaysKey\" = \"Always there\";\n";
+    auto bundle = Bundle::open(dir.string());
+    ASSERT_TRUE(bundle);
+    ASSERT_TRUE(LoadInstallableOptions(PPDOpenAsCurrent(shipped("talmo-studio-press.ppd")), kTestMap));
+    const std::pair<const char*, const char*> cases[] = {
+        {"Stacker", "Finisher stacker"}, // ProfFinisher holds the second row
+        {"Always", "Always there"},      // a row without an option always holds
+        {"Missing", "Last row"},         // nothing holds: the last row's key
+        {"Inserter", "STRING NOT FOUND"},
+        {"Unknown", "STRING NOT FOUND"},
+    };
+    for (const auto& [name, label] : cases)
+        EXPECT_EQ(CopyLocalizedStringForInstalledFeatureFromPlugin(name, &*bundle), label) << name;
 }
 
 } // namespace
