@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 
 namespace {
 
@@ -73,5 +74,53 @@ int tpifImport(const std::vector<std::string>& args)
 cli::Registration reg("tpif import", "FILE... [-o OUT.plist] [--profile PROFILE.plist]  import TPIF files into one "
                                      "settings dictionary",
                       tpifImport);
+
+} // namespace
+
+namespace {
+
+// The extension bundle's texts; without a bundle, the source tree's English fragments.
+LabelLookup summaryLabels()
+{
+    if (const Bundle* bundle = ExtensionBundle())
+        return [bundle](std::string_view key) { return bundle->localizedString(key); };
+    auto table = pl::makeDict();
+    std::error_code ec;
+    std::vector<std::filesystem::path> fragments;
+    for (const auto& e : std::filesystem::directory_iterator(
+             std::string(TALMO_SOURCE_RESOURCES) + "/en.lproj/Localizable.d", ec))
+        if (e.path().extension() == ".strings")
+            fragments.push_back(e.path());
+    std::sort(fragments.begin(), fragments.end());
+    for (const auto& f : fragments)
+        if (auto t = readStringsFile(f.string()))
+            for (const auto& [k, v] : *t)
+                table->set(k, v);
+    return [table](std::string_view key) {
+        return table->getString(key).value_or(std::string(kStringNotFound));
+    };
+}
+
+int tpifSummary(const std::vector<std::string>& args)
+{
+    if (args.size() != 2 || (!args[1].empty() && args[1][0] == '-'))
+        return cli::usage("tpif summary takes one SETTINGS file");
+    pl::ParseResult r;
+    auto root = pl::readPlistFile(args[1], &r);
+    if (!root)
+        return cli::fail(args[1] + ":" + std::to_string(r.line) + ": " + r.message);
+    auto ticket = pl::as<pl::Dictionary>(root);
+    if (!ticket)
+        return cli::fail(args[1] + ": the settings must be a dictionary");
+    std::vector<std::string> lines;
+    buildSummaryText(ticket, lines, summaryLabels());
+    for (const auto& line : lines)
+        std::printf("%s\n", line.c_str());
+    return std::fflush(stdout) == 0 ? 0 : cli::fail("cannot write the summary");
+}
+
+cli::Registration regSummary("tpif summary", "SETTINGS.plist  the import/export summary of a settings ticket, one line "
+                                             "per line",
+                             tpifSummary);
 
 } // namespace
