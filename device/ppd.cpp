@@ -1,7 +1,6 @@
 // The whole libcups PPD API lives in this file. libcups 2.4 marks it deprecated in favour of
 // IPP Everywhere; the printers this extension drives still describe themselves with PPDs, so
 // the warnings are silenced here and nowhere else.
-#define _CUPS_NO_DEPRECATED 0
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 
 #include "device/ppd.h"
