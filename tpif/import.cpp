@@ -2,6 +2,7 @@
 #include "tpif/tpif.h"
 
 #include "device/device.h"
+#include "settings/settings.h"
 #include "tpif/import_p.h"
 
 #include <cmath>
@@ -446,7 +447,8 @@ TPIFMediaLimits TPIFCurrentMediaLimits()
 {
     if (limitsProvider())
         return limitsProvider()();
-    return {432, 432, 864, 864};
+    const MediaLimits m = GetMediaLimits();
+    return {m.minWidth, m.minHeight, m.maxWidth, m.maxHeight};
 }
 
 } // namespace talmo

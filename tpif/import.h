@@ -163,8 +163,8 @@ void TPIFSetPDESyncHandler(TPIFPDESyncHandler handler);
 void TPIFRunPDESync(PrintSession* session, int direction);
 
 // Custom page size limits in points (minimum width, minimum height, maximum width, maximum
-// height) that imported stock sizes are held within. The default provider answers the
-// values of a printer without a PPD (432, 432, 864, 864 until a PPD-backed provider is set).
+// height) that imported stock sizes are held within. Without a provider of its own the import
+// asks GetMediaLimits (the current PPD's limits, else 432, 432, 864, 864).
 struct TPIFMediaLimits {
     double minWidth, minHeight, maxWidth, maxHeight;
 };
