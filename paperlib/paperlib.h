@@ -3,5 +3,5 @@
 #pragma once
 
 #include "paperlib/library.h"
-// printer-papers
-// fetch-thread
+#include "paperlib/printer-papers.h"
+#include "paperlib/fetch-thread.h"

@@ -2,7 +2,7 @@
 # Installs the Debian 12 packages the project builds and tests with. Idempotent; run as root.
 set -eu
 PKGS="build-essential cmake ninja-build ccache pkg-config clang libclang-rt-14-dev
- libcups2-dev cups-client cups-ipp-utils cups-ppdc libxml2-dev libxml2-utils libicu-dev uuid-dev
+ libcups2-dev cups-client cups-ipp-utils cups-ppdc avahi-daemon dbus libxml2-dev libxml2-utils libicu-dev uuid-dev
  googletest libgtest-dev libgmock-dev libbenchmark-dev
  libplist-dev libplist-utils
  libfontconfig-dev libharfbuzz-dev libcairo2-dev libpango1.0-dev fonts-dejavu-core

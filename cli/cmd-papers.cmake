@@ -1,0 +1,1 @@
+list(APPEND TALMO_CLI_LIBS talmo_paperlib)
