@@ -177,6 +177,8 @@ IppEvePrinter::~IppEvePrinter()
     dbus_.stop();
     if (lockFd_ >= 0)
         ::close(lockFd_);
+    if (counted_)
+        --*counted_;
     if (!folder_.empty()) {
         std::error_code ec;
         std::filesystem::remove_all(folder_, ec);
@@ -221,10 +223,15 @@ std::string IppEvePrinter::start(const std::string& attributesFile)
     if (!::mkdtemp(templ.data()))
         return "no temporary folder";
     folder_ = templ;
-    // Test processes run in parallel; one at a time owns the daemons it may have started.
-    lockFd_ = ::open("/tmp/talmo-ippeveprinter.lock", O_RDWR | O_CREAT | O_CLOEXEC, 0666);
-    if (lockFd_ >= 0)
-        ::flock(lockFd_, LOCK_EX);
+    // Test processes run in parallel; one at a time owns the daemons it may have started. A
+    // second printer of the same process shares its first printer's turn.
+    static std::atomic<int> printersHere{0};
+    if (printersHere++ == 0) {
+        lockFd_ = ::open("/tmp/talmo-ippeveprinter.lock", O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+        if (lockFd_ >= 0)
+            ::flock(lockFd_, LOCK_EX);
+    }
+    counted_ = &printersHere;
     if (std::string why = ensureDaemons(); !why.empty())
         return why;
     port_ = FreeLoopbackPort();

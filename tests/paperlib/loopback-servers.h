@@ -47,6 +47,7 @@ private:
     std::string ensureDaemons();
     std::string folder_;
     int lockFd_ = -1;
+    std::atomic<int>* counted_ = nullptr;
     int port_ = 0;
     ChildProcess dbus_, avahi_, printer_;
 };
