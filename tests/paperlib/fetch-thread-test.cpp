@@ -242,7 +242,7 @@ TEST_F(FetchThread, SilentPrintersEndInTheFailedStateWithTheMainLoopResponsive)
         RunLoop::current()->runPending();
         EXPECT_TRUE(ended) << what;
         EXPECT_EQ(gPrinterStockBiDiStatus, kBiDiStatusFailed) << what;
-        EXPECT_LE(seconds, 4.0) << what;
+        EXPECT_LE(seconds, 5.0) << what;
         EXPECT_GT(ticks, 100) << what << ": the main loop ran during the fetch";
         std::printf("%s: failed after %.2f s; main loop latency at most %.2f ms over %d ticks\n", what, seconds,
                     worstUs / 1000.0, ticks.load());
