@@ -6,13 +6,8 @@
 
 #include <cstdio>
 
-// The stock attribute tables arrive with the paper stock record; until then stock values are
-// summarised by their stored numbers.
-#if __has_include("settings/stock-maps.h") && __has_include("settings/paper-sizes.h")
 #include "settings/paper-sizes.h"
 #include "settings/stock-maps.h"
-#define TALMO_HAVE_STOCK_MAPS 1
-#endif
 
 namespace talmo {
 
@@ -97,7 +92,6 @@ enum class StockTable { Size, Color, Type, SidesCoated, CoatingType };
 // The localized text of a stored stock attribute.
 std::string stockLabel(const Summary& s, StockTable table, int64_t v)
 {
-#ifdef TALMO_HAVE_STOCK_MAPS
     if (v < INT32_MIN || v > INT32_MAX)
         return s.L(nullptr);
     const auto value = static_cast<int32_t>(v);
@@ -109,11 +103,6 @@ std::string stockLabel(const Summary& s, StockTable table, int64_t v)
     case StockTable::CoatingType: return s.L(LocalizedKeyForTicketValue(_CoatingTypeMap, value));
     }
     return s.L(nullptr);
-#else
-    (void)s;
-    (void)table;
-    return std::to_string(v);
-#endif
 }
 
 void jobSetup(Summary& s, const pl::DictPtr& t)
