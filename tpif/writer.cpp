@@ -1,6 +1,7 @@
 #include "tpif/writer.h"
 
 #include "platform/status.h"
+#include "settings/paper-sizes.h"
 #include "settings/ticket-keys.h"
 #include "tpif/escape.h"
 
@@ -91,30 +92,6 @@ std::vector<pl::DictPtr> dictEntries(const pl::DictPtr& ticket, const char* k)
     return out;
 }
 
-struct Size {
-    int32_t code;
-    uint32_t width, length;
-};
-
-// Nominal sizes rounded to whole millimetres, in hundredths of a millimetre.
-constexpr Size kSizes[] = {
-    {1, 21600, 27900},  {2, 21600, 35600},  {3, 27900, 43200},  {59, 10200, 15200}, {41, 12700, 17800},
-    {17, 14000, 21600}, {62, 15200, 22900}, {28, 17800, 25400}, {21, 18400, 26700}, {10, 20300, 25400},
-    {13, 20300, 33000}, {12, 21600, 33000}, {79, 21600, 34300}, {8, 22900, 27900},  {82, 22900, 27900},
-    {36, 22900, 35600}, {48, 24100, 27900}, {63, 27900, 38100}, {11, 30500, 45700}, {38, 30500, 47000},
-    {49, 32000, 47000}, {71, 30500, 48300}, {64, 32000, 48800}, {65, 33000, 45700}, {66, 33000, 48300},
-    {4, 21000, 29700},  {5, 29700, 42000},  {18, 14800, 21000}, {40, 10500, 14800}, {70, 35300, 50000},
-    {14, 25000, 35300}, {56, 25700, 36400}, {55, 18200, 25700}, {57, 12800, 18200}, {7, 22300, 29700},
-    {19, 16100, 21000}, {60, 10000, 14800}, {61, 14800, 20000}, {15, 32000, 45000}, {47, 22500, 32000},
-    {23, 26700, 38800}, {67, 27000, 39000}, {29, 19400, 26700}, {68, 19500, 27000}, {30, 21000, 27000},
-    {31, 21000, 33000}, {32, 21500, 27500}, {22, 21500, 31500}, {24, 22000, 33000}, {35, 22600, 31000},
-    {37, 25200, 35800}, {39, 31000, 43200}, {72, 32800, 45300}, {25, 15200, 22900}, {26, 22900, 30500},
-    {69, 12000, 23500}, {27, 22000, 31200}, {58, 22900, 32400}, {20, 16200, 22900}, {50, 15200, 22900},
-    {52, 17800, 25400}, {53, 17800, 25400}, {51, 16200, 22900}, {43, 11400, 15200}, {81, 11400, 15200},
-    {16, 21600, 33000}, {78, 21600, 34300}, {45, 10500, 24100}, {77, 9800, 22500},  {44, 9800, 19100},
-    {46, 11000, 22000}, {76, 14000, 17800},
-};
-
 int32_t mediaTypeIndex(int32_t stockType)
 {
     switch (stockType) {
@@ -185,10 +162,11 @@ long TPifShiftToHundredthsMm(int64_t value, bool inches, bool fullPrecision)
 
 bool TPifStockSizeDimensions(int32_t size, uint32_t& width, uint32_t& length)
 {
-    for (const auto& s : kSizes)
-        if (s.code == size) {
-            width = s.width;
-            length = s.length;
+    // The stock record's complete size table is the one source of sheet dimensions.
+    for (const _PaperSizeSettingMap* row = CompleteStockSizeMap; row->key; ++row)
+        if (row->ticketValue == size && row->widthHmm > 0 && row->heightHmm > 0) {
+            width = static_cast<uint32_t>(row->widthHmm);
+            length = static_cast<uint32_t>(row->heightHmm);
             return true;
         }
     return false;
