@@ -85,8 +85,8 @@ void fetchWith(benchmark::State& state, const std::string& conf, bool talmo)
     }
     const std::vector<std::string> argv =
         talmo ? std::vector<std::string>{TALMO_CLI, "papers", "fetch", printer->address()}
-              : std::vector<std::string>{"/usr/bin/ipptool", "-T", "15",
-                                         "ipp://" + printer->address() + "/", ipptoolTest()};
+              : std::vector<std::string>{"/usr/bin/ipptool", "-T", "15", "ipp://" + printer->address() + "/",
+                                         ipptoolTest()};
     // ipptool also checks the answer against RFC 8011 and exits 1 for the "media-key" keywords
     // with blanks that printers send; it has read the whole answer by then.
     const int accepted = talmo ? 0 : 1;

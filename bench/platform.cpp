@@ -10,8 +10,9 @@ static void StringsTableParse(benchmark::State& state)
 {
     std::string table;
     for (int i = 0; i < state.range(0); ++i)
-        table += formatStringsEntry("Key number " + std::to_string(i), "Text with \"quotes\" and \\U20AC " +
-                                                                           std::to_string(i)) + "\n";
+        table += formatStringsEntry("Key number " + std::to_string(i),
+                                    "Text with \"quotes\" and \\U20AC " + std::to_string(i)) +
+                 "\n";
     for (auto _ : state)
         benchmark::DoNotOptimize(parseStringsTable(table));
     state.SetBytesProcessed(int64_t(state.iterations()) * int64_t(table.size()));

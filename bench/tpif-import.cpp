@@ -131,8 +131,8 @@ void BM_Import(benchmark::State& state)
 
 const bool registered = [] {
     std::vector<std::string> files;
-    for (const auto& e : std::filesystem::directory_iterator(std::string(TALMO_SOURCE_DIR) +
-                                                             "/tests/tpif/data/malformed"))
+    for (const auto& e :
+         std::filesystem::directory_iterator(std::string(TALMO_SOURCE_DIR) + "/tests/tpif/data/malformed"))
         files.push_back(e.path().string());
     std::sort(files.begin(), files.end());
     for (const auto& f : files)

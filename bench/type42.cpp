@@ -33,7 +33,8 @@ void convert(benchmark::State& state, const char* path)
     state.counters["output_bytes"] = double(outputSize);
 }
 
-BENCHMARK_CAPTURE(convert, DejaVuSans, "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(convert, DejaVuSans, "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf")
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(convert, NotoSerifTangut, "/usr/share/fonts/truetype/noto/NotoSerifTangut-Regular.ttf")
     ->Unit(benchmark::kMillisecond);
 

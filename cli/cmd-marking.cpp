@@ -56,7 +56,8 @@ int type42(const std::vector<std::string>& args)
     const std::string& fontPath = positional[0];
     std::string psName = positional.size() == 2 ? positional[1] : fileStem(fontPath);
     if (!sfnt::isPostScriptName(psName))
-        return cli::usage("PSNAME \"" + psName + "\" is not a PostScript name (printable ASCII, no white space or ()<>[]{}/%)");
+        return cli::usage("PSNAME \"" + psName +
+                          "\" is not a PostScript name (printable ASCII, no white space or ()<>[]{}/%)");
 
     std::string font;
     int error = 0;

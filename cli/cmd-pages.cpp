@@ -43,6 +43,7 @@ int pages(const std::vector<std::string>& args)
     return 0;
 }
 
-talmo::cli::Registration reg("pages", "[--single] [--] TEXT   parse a page list, print \"FIRST COUNT\" per range", pages);
+talmo::cli::Registration reg("pages", "[--single] [--] TEXT   parse a page list, print \"FIRST COUNT\" per range",
+                             pages);
 
 } // namespace

@@ -172,8 +172,8 @@ int rename(const std::vector<std::string>& args)
     return library.write() ? 0 : cli::fail("papers rename: cannot write the library");
 }
 
-talmo::cli::Registration regFetch("papers fetch", "HOST[:PORT] [-o OUT.plist]  the printer's paper list as stock dictionaries",
-                                  fetch);
+talmo::cli::Registration regFetch("papers fetch",
+                                  "HOST[:PORT] [-o OUT.plist]  the printer's paper list as stock dictionaries", fetch);
 talmo::cli::Registration regList("papers list", "  the named paper library: UUID, status and name per line", list);
 talmo::cli::Registration regAdd("papers add", "NAME [STOCK.plist]  add a named paper (refuses a name in use)", add);
 talmo::cli::Registration regRemove("papers remove", "NAME|UUID  remove a named paper", remove);

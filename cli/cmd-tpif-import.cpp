@@ -55,8 +55,7 @@ int tpifImport(const std::vector<std::string>& args)
     for (const auto& file : files) {
         std::string why;
         if (const OSStatus s = TPIFImportFileAtPath(file, dictionary, &why); s != noErr) {
-            std::fprintf(stderr, "talmo: %s: cannot import (%d): %s\n", file.c_str(), static_cast<int>(s),
-                         why.c_str());
+            std::fprintf(stderr, "talmo: %s: cannot import (%d): %s\n", file.c_str(), static_cast<int>(s), why.c_str());
             status = 1;
         }
     }
@@ -71,8 +70,9 @@ int tpifImport(const std::vector<std::string>& args)
     return status;
 }
 
-cli::Registration reg("tpif import", "FILE... [-o OUT.plist] [--profile PROFILE.plist]  import TPIF files into one "
-                                     "settings dictionary",
+cli::Registration reg("tpif import",
+                      "FILE... [-o OUT.plist] [--profile PROFILE.plist]  import TPIF files into one "
+                      "settings dictionary",
                       tpifImport);
 
 } // namespace
@@ -87,8 +87,8 @@ LabelLookup summaryLabels()
     auto table = pl::makeDict();
     std::error_code ec;
     std::vector<std::filesystem::path> fragments;
-    for (const auto& e : std::filesystem::directory_iterator(
-             std::string(TALMO_SOURCE_RESOURCES) + "/en.lproj/Localizable.d", ec))
+    for (const auto& e :
+         std::filesystem::directory_iterator(std::string(TALMO_SOURCE_RESOURCES) + "/en.lproj/Localizable.d", ec))
         if (e.path().extension() == ".strings")
             fragments.push_back(e.path());
     std::sort(fragments.begin(), fragments.end());
@@ -96,9 +96,7 @@ LabelLookup summaryLabels()
         if (auto t = readStringsFile(f.string()))
             for (const auto& [k, v] : *t)
                 table->set(k, v);
-    return [table](std::string_view key) {
-        return table->getString(key).value_or(std::string(kStringNotFound));
-    };
+    return [table](std::string_view key) { return table->getString(key).value_or(std::string(kStringNotFound)); };
 }
 
 int tpifSummary(const std::vector<std::string>& args)
@@ -119,8 +117,9 @@ int tpifSummary(const std::vector<std::string>& args)
     return std::fflush(stdout) == 0 ? 0 : cli::fail("cannot write the summary");
 }
 
-cli::Registration regSummary("tpif summary", "SETTINGS.plist  the import/export summary of a settings ticket, one line "
-                                             "per line",
+cli::Registration regSummary("tpif summary",
+                             "SETTINGS.plist  the import/export summary of a settings ticket, one line "
+                             "per line",
                              tpifSummary);
 
 } // namespace

@@ -11,10 +11,7 @@
 
 namespace {
 
-std::string errnoText()
-{
-    return std::strerror(errno);
-}
+std::string errnoText() { return std::strerror(errno); }
 
 // The whole document, through the writer's stream sink, as bytes.
 bool renderDocument(const talmo::pl::DictPtr& ticket, std::string& out)

@@ -22,102 +22,188 @@ const PPDChoiceMap _BannerPageMap[] = {{"True", 1}, {"False", 0}, {nullptr, 0}};
 const PPDChoiceMap _RequestOffsetMap[] = {{"EndOfSet", 1}, {"None", 0}, {nullptr, 0}};
 const PPDChoiceMap _JCLTrueGrayGraphicsMap[] = {{"False", 1}, {"True", 2}, {nullptr, 0}};
 const PPDChoiceMap _JCLTrueGrayImagesMap[] = {{"False", 1}, {"True", 2}, {nullptr, 0}};
-const PPDChoiceMap _LightenDarkenMap[] = {
-    {"Lighten5", -5}, {"Lighten4", -4}, {"Lighten3", -3}, {"Lighten2", -2}, {"Lighten1", -1}, {"Normal", 0},
-    {"Darken1", 1},   {"Darken2", 2},   {"Darken3", 3},   {"Darken4", 4},   {"Darken5", 5},   {nullptr, 0}};
+const PPDChoiceMap _LightenDarkenMap[] = {{"Lighten5", -5}, {"Lighten4", -4}, {"Lighten3", -3}, {"Lighten2", -2},
+                                          {"Lighten1", -1}, {"Normal", 0},    {"Darken1", 1},   {"Darken2", 2},
+                                          {"Darken3", 3},   {"Darken4", 4},   {"Darken5", 5},   {nullptr, 0}};
 const PPDChoiceMap _MediaColorMap[] = {
-    {"Buff", 7},     {"Blue", 2},     {"Clear", 6},      {"Gray", 12},        {"Green", 4},        {"Ivory", 11},
-    {"Orange", 13},  {"Other", 14},   {"Pink", 5},       {"Red", 9},          {"White", 1},        {"Yellow", 3},
+    {"Buff", 7},      {"Blue", 2},         {"Clear", 6},    {"Gray", 12},    {"Green", 4},    {"Ivory", 11},
+    {"Orange", 13},   {"Other", 14},       {"Pink", 5},     {"Red", 9},      {"White", 1},    {"Yellow", 3},
     {"Goldenrod", 8}, {"Unspecified", 22}, {"Custom1", 15}, {"Custom2", 16}, {"Custom3", 17}, {"Custom4", 18},
-    {"Custom5", 19}, {"Custom6", 20}, {"Custom7", 21},   {nullptr, 0}};
-const PPDChoiceMap _MediaTypeMap[] = {
-    {"SystemDefault", 23}, {"Transparency", 2},      {"Labels", 9},             {"Punched", 11},
-    {"Recycled", 10},      {"PrePrinted", 3},        {"Bond", 13},              {"Letterhead", 14},
-    {"TabStock", 24},      {"Envelopes", 8},         {"Other", 22},             {"Custom1", 15},
-    {"Custom2", 16},       {"Custom3", 17},          {"Custom4", 18},           {"Custom5", 19},
-    {"Custom6", 20},       {"Custom7", 21},          {"Standard", 1},           {"CardStock", 12},
-    {"Archive", 45},       {"CardStock2", 26},       {"CardStock", 43},         {"CardStockF", 43},
-    {"HeavyweightLabels", 25}, {"ExtraHeavyweight", 27}, {"ExtraHeavyweight2", 28}, {"LightGlossy", 29},
-    {"LightGlossy2", 30},  {"LightGlossyF", 44},     {"HeavyGlossy", 31},       {"HeavyGlossy2", 32},
-    {"HeavyTabStock", 33}, {"Unspecified", 34},      {"ExtraHeavyPlus", 35},    {"ExtraHeavyPlus2", 36},
-    {"ExtraHeavyGlossy", 37}, {"ExtraHeavyGlossy2", 38}, {"ExtraHeavyLabels", 39}, {"Rough", 40},
-    {"Standard2", 41},     {"Light", 42},            {"Postcard", 46},          {nullptr, 0}};
+    {"Custom5", 19},  {"Custom6", 20},     {"Custom7", 21}, {nullptr, 0}};
+const PPDChoiceMap _MediaTypeMap[] = {{"SystemDefault", 23},
+                                      {"Transparency", 2},
+                                      {"Labels", 9},
+                                      {"Punched", 11},
+                                      {"Recycled", 10},
+                                      {"PrePrinted", 3},
+                                      {"Bond", 13},
+                                      {"Letterhead", 14},
+                                      {"TabStock", 24},
+                                      {"Envelopes", 8},
+                                      {"Other", 22},
+                                      {"Custom1", 15},
+                                      {"Custom2", 16},
+                                      {"Custom3", 17},
+                                      {"Custom4", 18},
+                                      {"Custom5", 19},
+                                      {"Custom6", 20},
+                                      {"Custom7", 21},
+                                      {"Standard", 1},
+                                      {"CardStock", 12},
+                                      {"Archive", 45},
+                                      {"CardStock2", 26},
+                                      {"CardStock", 43},
+                                      {"CardStockF", 43},
+                                      {"HeavyweightLabels", 25},
+                                      {"ExtraHeavyweight", 27},
+                                      {"ExtraHeavyweight2", 28},
+                                      {"LightGlossy", 29},
+                                      {"LightGlossy2", 30},
+                                      {"LightGlossyF", 44},
+                                      {"HeavyGlossy", 31},
+                                      {"HeavyGlossy2", 32},
+                                      {"HeavyTabStock", 33},
+                                      {"Unspecified", 34},
+                                      {"ExtraHeavyPlus", 35},
+                                      {"ExtraHeavyPlus2", 36},
+                                      {"ExtraHeavyGlossy", 37},
+                                      {"ExtraHeavyGlossy2", 38},
+                                      {"ExtraHeavyLabels", 39},
+                                      {"Rough", 40},
+                                      {"Standard2", 41},
+                                      {"Light", 42},
+                                      {"Postcard", 46},
+                                      {nullptr, 0}};
 const PPDChoiceMap _PPDDuplexMap[] = {{"None", 1}, {"DuplexNoTumble", 2}, {"DuplexTumble", 3}, {nullptr, 0}};
 const PPDChoiceMap _JCLPrintQualityMap[] = {{"TonerSaver", 1}, {"Standard", 2},    {"Enhanced", 3},
                                             {"HighSpeed", 4},  {"HighQuality", 5}, {"HighResolution", 6},
                                             {nullptr, 0}};
-const PPDChoiceMap _TLRGBColorSpaceMap[] = {{"TalmoRGB", 1}, {"sRGB", 2}, {"AppleRGB", 3}, {"AdobeRGB", 4}, {nullptr, 0}};
+const PPDChoiceMap _TLRGBColorSpaceMap[] = {
+    {"TalmoRGB", 1}, {"sRGB", 2}, {"AppleRGB", 3}, {"AdobeRGB", 4}, {nullptr, 0}};
 const PPDChoiceMap _TLCMYKColorSpaceMap[] = {{"SNAP", 1},       {"SWOP", 2},       {"EuroScale", 3},
                                              {"Commercial", 4}, {"JapanColor", 5}, {nullptr, 0}};
 const PPDChoiceMap _JCLColorCorrectionMap[] = {{"Auto", 1}, {"sRGB", 2},     {"BlackWhite", 3}, {"PressMatch", 4},
                                                {"None", 5}, {"Standard", 6}, {nullptr, 0}};
-const PPDChoiceMap _PageSizeMap[] = {
-    {"Letter", 1},        {"Legal", 2},          {"Tabloid", 3},         {"A4", 4},
-    {"A3", 5},            {"FanFoldGermanLegal", 16}, {"8.5x13", 12},    {"3x5", 80},
-    {"Officio", 78},      {"Statement", 17},     {"A5", 18},             {"A6", 40},
-    {"Executive", 21},    {"B5", 6},             {"A4Cover", 7},         {"9x11", 8},
-    {"9x11L", 82},        {"B4", 14},            {"5x7", 41},            {"B6", 42},
-    {"8x10", 10},         {"4x6Pcard", 43},      {"114x152Pcard", 81},   {"EnvMonarch", 44},
-    {"Env9", 77},         {"Env10", 45},         {"EnvDL", 46},          {"EnvC5", 20},
-    {"JISB5", 55},        {"JISB4", 56},         {"JISB6", 57},          {"SpanishFolio", 22},
-    {"EnvC4", 58},        {"4x6", 59},           {"100x148Postcard", 60}, {"148x200Postcard", 61},
-    {"TabloidExtra", 11}, {"12x19", 71},         {"13x19", 66},          {"SRA3", 15},
-    {"220x330", 24},      {"815", 23},           {"16K", 29},            {"8K1", 67},
-    {"16K1", 68},         {"EnvB5", 73},         {"Env6x9", 25},         {"Env9x12", 26},
-    {"EnvC6", 74},        {"TL11x15", 63},       {"EnvChou3", 69},       {"5p5x7", 76},
-    {"TL6x9", 62},        {"3x5", 80},           {"Custom", 75},         {nullptr, 0}};
-const PPDChoiceMap _OutputBinMap[] = {
-    {"Auto", 1},   {"Side", 3},      {"Top", 2},          {"TopTray", 18},        {"Stacker", 4},
-    {"TopTrayHCS", 16}, {"StackerTrayHCS", 17}, {"Upper", 5}, {"Lower", 6},       {"Booklet", 7},
-    {"Middle", 11}, {"Middle2", 15}, {"PrinterDefault", INT32_MIN}, {"Center", 5}, {"Bottom", 5},
-    {"EnvFolder", 13}, {"SBM", 14},  {nullptr, 0}};
-const PPDChoiceMap _TLFoldMap[] = {{"None", 1}, {"C", 19},       {"Z", 20},           {"ZFoldHalfSheet", 36},
-                                   {"BiFold", 43}, {"BiFoldStaple", 53}, {nullptr, 0}};
+const PPDChoiceMap _PageSizeMap[] = {{"Letter", 1},
+                                     {"Legal", 2},
+                                     {"Tabloid", 3},
+                                     {"A4", 4},
+                                     {"A3", 5},
+                                     {"FanFoldGermanLegal", 16},
+                                     {"8.5x13", 12},
+                                     {"3x5", 80},
+                                     {"Officio", 78},
+                                     {"Statement", 17},
+                                     {"A5", 18},
+                                     {"A6", 40},
+                                     {"Executive", 21},
+                                     {"B5", 6},
+                                     {"A4Cover", 7},
+                                     {"9x11", 8},
+                                     {"9x11L", 82},
+                                     {"B4", 14},
+                                     {"5x7", 41},
+                                     {"B6", 42},
+                                     {"8x10", 10},
+                                     {"4x6Pcard", 43},
+                                     {"114x152Pcard", 81},
+                                     {"EnvMonarch", 44},
+                                     {"Env9", 77},
+                                     {"Env10", 45},
+                                     {"EnvDL", 46},
+                                     {"EnvC5", 20},
+                                     {"JISB5", 55},
+                                     {"JISB4", 56},
+                                     {"JISB6", 57},
+                                     {"SpanishFolio", 22},
+                                     {"EnvC4", 58},
+                                     {"4x6", 59},
+                                     {"100x148Postcard", 60},
+                                     {"148x200Postcard", 61},
+                                     {"TabloidExtra", 11},
+                                     {"12x19", 71},
+                                     {"13x19", 66},
+                                     {"SRA3", 15},
+                                     {"220x330", 24},
+                                     {"815", 23},
+                                     {"16K", 29},
+                                     {"8K1", 67},
+                                     {"16K1", 68},
+                                     {"EnvB5", 73},
+                                     {"Env6x9", 25},
+                                     {"Env9x12", 26},
+                                     {"EnvC6", 74},
+                                     {"TL11x15", 63},
+                                     {"EnvChou3", 69},
+                                     {"5p5x7", 76},
+                                     {"TL6x9", 62},
+                                     {"3x5", 80},
+                                     {"Custom", 75},
+                                     {nullptr, 0}};
+const PPDChoiceMap _OutputBinMap[] = {{"Auto", 1},
+                                      {"Side", 3},
+                                      {"Top", 2},
+                                      {"TopTray", 18},
+                                      {"Stacker", 4},
+                                      {"TopTrayHCS", 16},
+                                      {"StackerTrayHCS", 17},
+                                      {"Upper", 5},
+                                      {"Lower", 6},
+                                      {"Booklet", 7},
+                                      {"Middle", 11},
+                                      {"Middle2", 15},
+                                      {"PrinterDefault", INT32_MIN},
+                                      {"Center", 5},
+                                      {"Bottom", 5},
+                                      {"EnvFolder", 13},
+                                      {"SBM", 14},
+                                      {nullptr, 0}};
+const PPDChoiceMap _TLFoldMap[] = {{"None", 1},          {"C", 19},   {"Z", 20}, {"ZFoldHalfSheet", 36}, {"BiFold", 43},
+                                   {"BiFoldStaple", 53}, {nullptr, 0}};
 const PPDChoiceMap _TLPunchMap[] = {{"None", 1},       {"HolePunch", 2},  {"2HolePunch", 3},
                                     {"3HolePunch", 4}, {"4HolePunch", 5}, {nullptr, 0}};
-const PPDChoiceMap _TLStapleMap[] = {{"None", 1}, {"SinglePortrait", 5}, {"DualLandscape", 10},
-                                     {"MultipleStaples", 54}, {nullptr, 0}};
+const PPDChoiceMap _TLStapleMap[] = {
+    {"None", 1}, {"SinglePortrait", 5}, {"DualLandscape", 10}, {"MultipleStaples", 54}, {nullptr, 0}};
 const PPDChoiceMap _DraftModeMap[] = {{"None", 2}, {"Draft", 1}, {nullptr, 0}};
 const PPDChoiceMap _PPDOutputOptionMap[] = {{"True", 1}, {"False", 0}, {nullptr, 0}};
-const PPDChoiceMap _PPDResolutionMap[] = {{"200x100dpi", 6},   {"200x200dpi", 5},   {"300x300dpi", 1},
-                                          {"600x600dpi", 2},   {"1200x600dpi", 3},  {"1200x1200dpi", 4},
+const PPDChoiceMap _PPDResolutionMap[] = {{"200x100dpi", 6},   {"200x200dpi", 5},  {"300x300dpi", 1},
+                                          {"600x600dpi", 2},   {"1200x600dpi", 3}, {"1200x1200dpi", 4},
                                           {"1800x1800dpi", 7}, {nullptr, 0}};
 const PPDChoiceMap _ColorModeMap[] = {{"Grayscale", 1}, {"Color", 2}, {nullptr, 0}};
-const PPDChoiceMap _InputSlotMap[] = {{"Auto", 0},  {"Tray1", 1}, {"Tray2", 2}, {"Tray3", 3},   {"Tray4", 4},
+const PPDChoiceMap _InputSlotMap[] = {{"Auto", 0},  {"Tray1", 1}, {"Tray2", 2},    {"Tray3", 3}, {"Tray4", 4},
                                       {"Tray5", 5}, {"Tray6", 6}, {"Bypass", 100}, {nullptr, 0}};
 const PPDChoiceMap _FeedEdgeMap[] = {{"LongEdge", 1}, {"ShortEdge", 2}, {nullptr, 0}};
 const PPDChoiceMap _SlipSheetMap[] = {{"None", 1}, {"Blank", 2}, {"Printed", 3}, {nullptr, 0}};
 
-const PPDKeywordMap _MainKeywordMap[] = {
-    {"JCLBanner", _BannerPageMap},
-    {"Jog", _RequestOffsetMap},
-    {"JCLTrueGrayGraphics", _JCLTrueGrayGraphicsMap},
-    {"JCLTrueGrayImages", _JCLTrueGrayImagesMap},
-    {"TLImageQuality", _LightenDarkenMap},
-    {"MediaColor", _MediaColorMap},
-    {"MediaType", _MediaTypeMap},
-    {"Duplex", _PPDDuplexMap},
-    {"JCLPrintQuality", _JCLPrintQualityMap},
-    {"JCLRGBColorSpace", _TLRGBColorSpaceMap},
-    {"JCLCMYKColorSpace", _TLCMYKColorSpaceMap},
-    {"JCLColorCorrection", _JCLColorCorrectionMap},
-    {"PageSize", _PageSizeMap},
-    {"OutputBin", _OutputBinMap},
-    {"TLFold", _TLFoldMap},
-    {"TLPunch", _TLPunchMap},
-    {"StapleLocation", _TLStapleMap},
-    {"TLEconomode", _DraftModeMap},
-    {"TLOutputOption", _PPDOutputOptionMap},
-    {"Resolution", _PPDResolutionMap},
-    {"TLColorMode", _ColorModeMap},
-    {"InputSlot", _InputSlotMap},
-    {"TLFrontCoverSheet", _InputSlotMap},
-    {"TLBackCoverSheet", _InputSlotMap},
-    {"TLSlipSheetSource", _InputSlotMap},
-    {"TLFeedEdge", _FeedEdgeMap},
-    {"TLSlipSheetPrint", _SlipSheetMap},
-    {"TLSlipSheetType", _MediaTypeMap},
-    {nullptr, nullptr}};
+const PPDKeywordMap _MainKeywordMap[] = {{"JCLBanner", _BannerPageMap},
+                                         {"Jog", _RequestOffsetMap},
+                                         {"JCLTrueGrayGraphics", _JCLTrueGrayGraphicsMap},
+                                         {"JCLTrueGrayImages", _JCLTrueGrayImagesMap},
+                                         {"TLImageQuality", _LightenDarkenMap},
+                                         {"MediaColor", _MediaColorMap},
+                                         {"MediaType", _MediaTypeMap},
+                                         {"Duplex", _PPDDuplexMap},
+                                         {"JCLPrintQuality", _JCLPrintQualityMap},
+                                         {"JCLRGBColorSpace", _TLRGBColorSpaceMap},
+                                         {"JCLCMYKColorSpace", _TLCMYKColorSpaceMap},
+                                         {"JCLColorCorrection", _JCLColorCorrectionMap},
+                                         {"PageSize", _PageSizeMap},
+                                         {"OutputBin", _OutputBinMap},
+                                         {"TLFold", _TLFoldMap},
+                                         {"TLPunch", _TLPunchMap},
+                                         {"StapleLocation", _TLStapleMap},
+                                         {"TLEconomode", _DraftModeMap},
+                                         {"TLOutputOption", _PPDOutputOptionMap},
+                                         {"Resolution", _PPDResolutionMap},
+                                         {"TLColorMode", _ColorModeMap},
+                                         {"InputSlot", _InputSlotMap},
+                                         {"TLFrontCoverSheet", _InputSlotMap},
+                                         {"TLBackCoverSheet", _InputSlotMap},
+                                         {"TLSlipSheetSource", _InputSlotMap},
+                                         {"TLFeedEdge", _FeedEdgeMap},
+                                         {"TLSlipSheetPrint", _SlipSheetMap},
+                                         {"TLSlipSheetType", _MediaTypeMap},
+                                         {nullptr, nullptr}};
 
 namespace {
 
@@ -144,12 +230,18 @@ ppd_option_t* findOption(PPDHandle handle, std::string_view option)
 const char* icuConverterName(PPDTextEncoding e)
 {
     switch (e) {
-    case PPDTextEncoding::kLatin1: return "ISO-8859-1";
-    case PPDTextEncoding::kLatin2: return "ISO-8859-2";
-    case PPDTextEncoding::kLatin5: return "ISO-8859-9";
-    case PPDTextEncoding::kShiftJIS: return "Shift_JIS";
-    case PPDTextEncoding::kUTF8: return "UTF-8";
-    case PPDTextEncoding::kRoman: return "macintosh";
+    case PPDTextEncoding::kLatin1:
+        return "ISO-8859-1";
+    case PPDTextEncoding::kLatin2:
+        return "ISO-8859-2";
+    case PPDTextEncoding::kLatin5:
+        return "ISO-8859-9";
+    case PPDTextEncoding::kShiftJIS:
+        return "Shift_JIS";
+    case PPDTextEncoding::kUTF8:
+        return "UTF-8";
+    case PPDTextEncoding::kRoman:
+        return "macintosh";
     }
     return "macintosh";
 }
@@ -248,8 +340,7 @@ std::string PPDTextToUTF8(PPDHandle handle, std::string_view text)
     status = U_ZERO_ERROR;
     std::vector<char> out(text.size() * 4 + 4);
     int32_t n = ucnv_convert("UTF-8", icuConverterName(PPDGetEncoding(handle)), out.data(),
-                             static_cast<int32_t>(out.size()), text.data(), static_cast<int32_t>(text.size()),
-                             &status);
+                             static_cast<int32_t>(out.size()), text.data(), static_cast<int32_t>(text.size()), &status);
     if (U_FAILURE(status))
         return std::string();
     return std::string(out.data(), static_cast<size_t>(n));

@@ -30,12 +30,11 @@ struct PPDKeywordMap {
 };
 
 extern const PPDKeywordMap _MainKeywordMap[];
-extern const PPDChoiceMap _BannerPageMap[], _RequestOffsetMap[], _JCLTrueGrayGraphicsMap[],
-    _JCLTrueGrayImagesMap[], _LightenDarkenMap[], _MediaColorMap[], _MediaTypeMap[], _PPDDuplexMap[],
-    _JCLPrintQualityMap[], _TLRGBColorSpaceMap[], _TLCMYKColorSpaceMap[], _JCLColorCorrectionMap[],
-    _PageSizeMap[], _OutputBinMap[], _TLFoldMap[], _TLPunchMap[], _TLStapleMap[], _DraftModeMap[],
-    _PPDOutputOptionMap[], _PPDResolutionMap[], _ColorModeMap[], _InputSlotMap[], _FeedEdgeMap[],
-    _SlipSheetMap[];
+extern const PPDChoiceMap _BannerPageMap[], _RequestOffsetMap[], _JCLTrueGrayGraphicsMap[], _JCLTrueGrayImagesMap[],
+    _LightenDarkenMap[], _MediaColorMap[], _MediaTypeMap[], _PPDDuplexMap[], _JCLPrintQualityMap[],
+    _TLRGBColorSpaceMap[], _TLCMYKColorSpaceMap[], _JCLColorCorrectionMap[], _PageSizeMap[], _OutputBinMap[],
+    _TLFoldMap[], _TLPunchMap[], _TLStapleMap[], _DraftModeMap[], _PPDOutputOptionMap[], _PPDResolutionMap[],
+    _ColorModeMap[], _InputSlotMap[], _FeedEdgeMap[], _SlipSheetMap[];
 
 // Text encodings a PPD may declare; kRoman is the platform default (value 0).
 enum class PPDTextEncoding { kRoman = 0, kLatin1, kLatin2, kLatin5, kShiftJIS, kUTF8 };

@@ -8,15 +8,9 @@ namespace {
 
 pl::DictPtr dev_profile;
 
-pl::DictPtr features()
-{
-    return dev_profile ? dev_profile->getDict("Features") : nullptr;
-}
+pl::DictPtr features() { return dev_profile ? dev_profile->getDict("Features") : nullptr; }
 
-pl::DictPtr properties(const pl::DictPtr& feature)
-{
-    return feature ? feature->getDict("Properties") : nullptr;
-}
+pl::DictPtr properties(const pl::DictPtr& feature) { return feature ? feature->getDict("Properties") : nullptr; }
 
 } // namespace
 

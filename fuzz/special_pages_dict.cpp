@@ -26,7 +26,8 @@ template <class Record> void roundTrip(const talmo::pl::DictPtr& d)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     using namespace talmo;
-    const pl::DictPtr dict = pl::as<pl::Dictionary>(pl::readPlist(std::string_view(reinterpret_cast<const char*>(data), size)));
+    const pl::DictPtr dict =
+        pl::as<pl::Dictionary>(pl::readPlist(std::string_view(reinterpret_cast<const char*>(data), size)));
     if (!dict)
         return 0;
     roundTrip<Cover>(dict);

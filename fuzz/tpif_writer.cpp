@@ -22,7 +22,7 @@ void check(bool ok)
         __builtin_trap();
 }
 
-void ignoreErrors(void*, const char*, ...) {}
+void ignoreErrors(void*, const char*, ...) { }
 
 std::string render(const pl::DictPtr& ticket)
 {
@@ -91,8 +91,8 @@ pl::DictPtr textTicket(const std::string& s)
     job->setString("SavedJobLocation", s);
     t->set("com.talmo.print.JobType", job);
     auto color = pl::makeDict();
-    for (const char* k : {"FCTRC", "RGBImagesProfile", "CMYKTextAndGraphicsProfile", "GrayImagesProfile",
-                          "DestinationProfile"})
+    for (const char* k :
+         {"FCTRC", "RGBImagesProfile", "CMYKTextAndGraphicsProfile", "GrayImagesProfile", "DestinationProfile"})
         color->setString(k, s);
     t->set("com.talmo.print.FullColorOptions", color);
     auto forms = pl::makeDict();

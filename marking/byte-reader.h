@@ -12,8 +12,8 @@ namespace talmo {
 class ByteReader {
 public:
     ByteReader() = default;
-    explicit ByteReader(std::span<const std::byte> data) : data_(data) {}
-    explicit ByteReader(std::span<const uint8_t> data) : data_(std::as_bytes(data)) {}
+    explicit ByteReader(std::span<const std::byte> data) : data_(data) { }
+    explicit ByteReader(std::span<const uint8_t> data) : data_(std::as_bytes(data)) { }
 
     size_t size() const { return data_.size(); }
     std::span<const std::byte> bytes() const { return data_; }

@@ -23,10 +23,8 @@ struct HbDeleter {
     void operator()(hb_face_t* f) const { hb_face_destroy(f); }
     void operator()(hb_subset_input_t* i) const { hb_subset_input_destroy(i); }
 };
-template <class T>
-using FcPtr = std::unique_ptr<T, FcDeleter>;
-template <class T>
-using HbPtr = std::unique_ptr<T, HbDeleter>;
+template <class T> using FcPtr = std::unique_ptr<T, FcDeleter>;
+template <class T> using HbPtr = std::unique_ptr<T, HbDeleter>;
 
 std::string patternString(FcPattern* p, const char* object)
 {
@@ -68,10 +66,7 @@ std::optional<FontFile> listExact(std::string_view name)
     return found;
 }
 
-bool isCff(std::string_view bytes)
-{
-    return bytes.substr(0, 4) == "OTTO";
-}
+bool isCff(std::string_view bytes) { return bytes.substr(0, 4) == "OTTO"; }
 
 } // namespace
 
@@ -179,8 +174,8 @@ FontConvertResult convertFont(const _WatermarkData& record)
 
     std::string program;
     const std::string subsetName = "TL-" + fontName + "-TL";
-    auto result = convertTTFtoPS42({reinterpret_cast<const uint8_t*>(subset.data()), subset.size()}, subsetName,
-                                   program);
+    auto result =
+        convertTTFtoPS42({reinterpret_cast<const uint8_t*>(subset.data()), subset.size()}, subsetName, program);
     if (!result.complete())
         return {FontConvertStatus::ConversionFailed, font->path + ": " + result.detail};
     if (!storeFontData(kWatermarksFile, fontName, program))

@@ -9,7 +9,6 @@ namespace {
 constexpr size_t kOffsetTableSize = 12;
 constexpr size_t kTableRecordSize = 16;
 
-
 } // namespace
 
 std::vector<TableRecord> readDirectory(const ByteReader& font)
@@ -40,9 +39,9 @@ Parsed<ByteReader> tableBytes(const ByteReader& font, const TableRecord& record,
 {
     auto bytes = font.sub(record.offset, record.length);
     if (!bytes)
-        return Parsed<ByteReader>::fail(std::string(name) + ": offset " + std::to_string(record.offset) +
-                                        " length " + std::to_string(record.length) + " outside the " +
-                                        std::to_string(font.size()) + "-byte font");
+        return Parsed<ByteReader>::fail(std::string(name) + ": offset " + std::to_string(record.offset) + " length " +
+                                        std::to_string(record.length) + " outside the " + std::to_string(font.size()) +
+                                        "-byte font");
     return {*bytes, {}};
 }
 
@@ -98,7 +97,16 @@ bool isPostScriptName(std::string_view name)
         if (u < 0x21 || u > 0x7E)
             return false;
         switch (c) {
-        case '(': case ')': case '<': case '>': case '[': case ']': case '{': case '}': case '/': case '%':
+        case '(':
+        case ')':
+        case '<':
+        case '>':
+        case '[':
+        case ']':
+        case '{':
+        case '}':
+        case '/':
+        case '%':
             return false;
         default:
             break;
@@ -144,8 +152,8 @@ Parsed<GlyphNames> GlyphNames::fromPost(const Post& post, uint16_t numGlyphs)
             size_t k = index - kMacStandardGlyphNames.size();
             if (k >= strings.size())
                 return Parsed<GlyphNames>::fail("post: glyph " + std::to_string(g) + " name index " +
-                                                std::to_string(index) + " past the " +
-                                                std::to_string(strings.size()) + " names stored");
+                                                std::to_string(index) + " past the " + std::to_string(strings.size()) +
+                                                " names stored");
             name = strings[k];
         }
         result.names.push_back(isPostScriptName(name) ? name : std::string_view());
@@ -167,8 +175,8 @@ Parsed<Loca> Loca::fromBytes(const ByteReader& t, int16_t indexToLocFormat, uint
     const size_t entrySize = indexToLocFormat == 0 ? 2 : 4;
     if (!t.has(0, entries * entrySize))
         return Parsed<Loca>::fail("loca: " + std::to_string(t.size()) + " bytes, " +
-                                  std::to_string(entries * entrySize) + " needed for " +
-                                  std::to_string(entries) + " entries");
+                                  std::to_string(entries * entrySize) + " needed for " + std::to_string(entries) +
+                                  " entries");
     Loca loca;
     loca.offsets.resize(entries);
     uint32_t previous = 0;

@@ -15,8 +15,7 @@
 namespace talmo::sfnt {
 
 // A table's value, or the reason it cannot be used (naming the table).
-template <class T>
-struct [[nodiscard]] Parsed {
+template <class T> struct [[nodiscard]] Parsed {
     std::optional<T> value;
     std::string error;
 

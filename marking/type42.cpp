@@ -37,10 +37,7 @@ std::string_view clipFontName(std::string_view name)
     return name.substr(0, end);
 }
 
-Type42Result stop(Type42Status status, std::string detail)
-{
-    return {status, std::move(detail)};
-}
+Type42Result stop(Type42Status status, std::string detail) { return {status, std::move(detail)}; }
 
 // Encoding fill: codes whose standard name the font lacks take glyph 0's name; then each glyph
 // name not yet encoded takes the first ".notdef" code from 32 up, while any is left.

@@ -20,10 +20,8 @@ namespace talmo {
 
 namespace {
 
-template <auto Fn>
-struct Deleter {
-    template <class T>
-    void operator()(T* p) const { Fn(p); }
+template <auto Fn> struct Deleter {
+    template <class T> void operator()(T* p) const { Fn(p); }
 };
 using CairoSurfacePtr = std::unique_ptr<cairo_surface_t, Deleter<cairo_surface_destroy>>;
 using CairoPtr = std::unique_ptr<cairo_t, Deleter<cairo_destroy>>;
@@ -41,14 +39,8 @@ bool reallocResize(MemoryConsumerInfo& info, size_t newSize)
 }
 
 // 16.16 fixed point.
-int64_t toFixed(double v)
-{
-    return std::llround(v * 65536.0);
-}
-double fromFixed(int64_t v)
-{
-    return double(v) / 65536.0;
-}
+int64_t toFixed(double v) { return std::llround(v * 65536.0); }
+double fromFixed(int64_t v) { return double(v) / 65536.0; }
 
 // The font description of the face found by PostScript name, so pango draws from the same
 // file that convertFont subsets; a name that finds nothing leaves pango's default family.
@@ -57,8 +49,8 @@ FontDescriptionPtr describeFont(std::string_view postScriptName, int32_t fontSiz
     FontDescriptionPtr description;
     if (auto font = findFontByPostScriptName(postScriptName)) {
         int count = 0;
-        FcPattern* pattern = FcFreeTypeQuery(reinterpret_cast<const FcChar8*>(font->path.c_str()), font->index,
-                                             nullptr, &count);
+        FcPattern* pattern =
+            FcFreeTypeQuery(reinterpret_cast<const FcChar8*>(font->path.c_str()), font->index, nullptr, &count);
         if (pattern) {
             description.reset(pango_fc_font_description_from_pattern(pattern, FALSE));
             FcPatternDestroy(pattern);
@@ -245,10 +237,7 @@ void MemoryProviderRewind(void* opaque)
         info->position = 0;
 }
 
-void MemoryProviderReleaseInfo(void* opaque)
-{
-    delete static_cast<MemoryProviderInfo*>(opaque);
-}
+void MemoryProviderReleaseInfo(void* opaque) { delete static_cast<MemoryProviderInfo*>(opaque); }
 
 bool RenderWatermarkPDF(_WatermarkData* record, double paperWidth, double paperHeight, MemoryConsumerInfo& consumer)
 {
@@ -271,8 +260,7 @@ bool RenderWatermarkPDF(_WatermarkData* record, double paperWidth, double paperH
     return cairo_surface_status(surface.get()) == CAIRO_STATUS_SUCCESS;
 }
 
-bool renderWatermark(std::optional<int32_t> choice, double paperWidth, double paperHeight,
-                     MemoryConsumerInfo& consumer)
+bool renderWatermark(std::optional<int32_t> choice, double paperWidth, double paperHeight, MemoryConsumerInfo& consumer)
 {
     _WatermarkData record;
     const auto& names = listOfWatermarks();

@@ -40,10 +40,7 @@ bool writeWatermarkFile(std::string_view file, const pl::DictPtr& dict, int& err
     return WriteFileAtomically(*path, pl::writePlist(dict), 0600, &error);
 }
 
-void setReal(pl::Dictionary& d, const char* key, double v)
-{
-    d.setReal(key, v);
-}
+void setReal(pl::Dictionary& d, const char* key, double v) { d.setReal(key, v); }
 
 // Field loaders: a value of the wrong type, or one the field cannot hold, leaves the field.
 void loadText(const pl::Dictionary& d, const char* key, char* field, size_t size)
@@ -110,13 +107,9 @@ pl::DictPtr watermarkDictionary(const _WatermarkData& r)
     return d;
 }
 
-std::string_view watermarkText(const char* field, size_t size)
-{
-    return {field, strnlen(field, size)};
-}
+std::string_view watermarkText(const char* field, size_t size) { return {field, strnlen(field, size)}; }
 
-template <size_t N>
-void setWatermarkText(char (&field)[N], std::string_view text)
+template <size_t N> void setWatermarkText(char (&field)[N], std::string_view text)
 {
     size_t n = clipUtf8(text, N - 1);
     std::memcpy(field, text.data(), n);

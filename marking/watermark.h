@@ -30,16 +30,16 @@ struct _WatermarkData {
     char filename[512] = {};
     char filePath[8192] = {};
     char fontName[512] = {};
-    float xOffset = 0, yOffset = 0;       // inches from the page centre
+    float xOffset = 0, yOffset = 0; // inches from the page centre
     WatermarkColor fontColor;
-    WatermarkColor wellColor;             // the ink of a text watermark
-    int32_t angle = 0;                    // degrees
-    int32_t density = 0;                  // percent: the alpha of a text watermark
-    int32_t scale = 0;                    // percent: the size of a picture watermark
+    WatermarkColor wellColor; // the ink of a text watermark
+    int32_t angle = 0;        // degrees
+    int32_t density = 0;      // percent: the alpha of a text watermark
+    int32_t scale = 0;        // percent: the size of a picture watermark
     int32_t units = 0;
-    int32_t fontSize = 0;                 // points
-    int32_t isText = 0;                   // not stored
-    double xPos = 0, yPos = 0;            // drawing point of the text
+    int32_t fontSize = 0;                   // points
+    int32_t isText = 0;                     // not stored
+    double xPos = 0, yPos = 0;              // drawing point of the text
     double paperHeight = 0, paperWidth = 0; // not stored; set before a preview
     // Glyph ids of the drawn text in host byte order; empty means no buffer.
     std::vector<uint16_t> glyphs;
@@ -51,14 +51,9 @@ struct _WatermarkData {
 };
 
 // Copies `text` into a fixed field, clipped to the field on a UTF-8 character boundary.
-template <size_t N>
-void setWatermarkText(char (&field)[N], std::string_view text);
+template <size_t N> void setWatermarkText(char (&field)[N], std::string_view text);
 std::string_view watermarkText(const char* field, size_t size);
-template <size_t N>
-std::string_view watermarkText(const char (&field)[N])
-{
-    return watermarkText(field, N);
-}
+template <size_t N> std::string_view watermarkText(const char (&field)[N]) { return watermarkText(field, N); }
 
 // The record's file dictionary (every key; "glyphs" and "glyphCount" only with a buffer), and
 // the field-by-field copy of such a dictionary into a record (absent or unusable keys leave

@@ -145,8 +145,7 @@ void SetPaperListFetchLimits(const PrinterStockFetchLimits& limits) { mainState(
 
 // --- the request thread ---
 
-std::optional<MessageData> ProcessClientRequest(LocalMessagePort&, int32_t msgid, const MessageData& data,
-                                                void* info)
+std::optional<MessageData> ProcessClientRequest(LocalMessagePort&, int32_t msgid, const MessageData& data, void* info)
 {
     auto* context = static_cast<ThreadContext*>(info);
     ThreadShared& shared = *context->shared;

@@ -13,20 +13,20 @@
 namespace talmo {
 
 // Messages between the threads.
-inline constexpr int32_t kMsgThreadStarted = 100;     // thread -> main: the thread port's name
-inline constexpr int32_t kMsgFetch = 200;             // main -> thread: fetch now
-inline constexpr int32_t kMsgQuit = 201;              // main -> thread
-inline constexpr int32_t kMsgGetAddress = 202;        // thread -> main, reply: the address
-inline constexpr int32_t kMsgFetchFailed = 203;       // thread -> main
-inline constexpr int32_t kMsgFetchDone = 204;         // thread -> main
-inline constexpr int32_t kMsgDelayedDone = 205;       // main -> thread: 204 after 2 s
-inline constexpr int32_t kMsgAskOutcome = 206;        // main -> thread: 203 or 204 per the state
-inline constexpr int32_t kMsgGetState = 207;          // thread -> main, reply: the state
-inline constexpr int32_t kMsgProgressTick = 208;      // main -> thread: 209 after 1 s
-inline constexpr int32_t kMsgProgress = 209;          // thread -> main
+inline constexpr int32_t kMsgThreadStarted = 100; // thread -> main: the thread port's name
+inline constexpr int32_t kMsgFetch = 200;         // main -> thread: fetch now
+inline constexpr int32_t kMsgQuit = 201;          // main -> thread
+inline constexpr int32_t kMsgGetAddress = 202;    // thread -> main, reply: the address
+inline constexpr int32_t kMsgFetchFailed = 203;   // thread -> main
+inline constexpr int32_t kMsgFetchDone = 204;     // thread -> main
+inline constexpr int32_t kMsgDelayedDone = 205;   // main -> thread: 204 after 2 s
+inline constexpr int32_t kMsgAskOutcome = 206;    // main -> thread: 203 or 204 per the state
+inline constexpr int32_t kMsgGetState = 207;      // thread -> main, reply: the state
+inline constexpr int32_t kMsgProgressTick = 208;  // main -> thread: 209 after 1 s
+inline constexpr int32_t kMsgProgress = 209;      // thread -> main
 
-inline constexpr double kMessageSendTimeout = 0.1;   // seconds
-inline constexpr double kMessageReplyTimeout = 2.0;  // seconds
+inline constexpr double kMessageSendTimeout = 0.1;  // seconds
+inline constexpr double kMessageReplyTimeout = 2.0; // seconds
 inline constexpr size_t kMaxAddressBytes = 1023;
 
 // Fetch state.
@@ -39,8 +39,8 @@ extern std::atomic<int32_t> gPrinterStockBiDiStatus;
 
 // User events posted to the dialog's window.
 inline constexpr uint32_t kEventClassTPDE = FourCC("TPDE");
-inline constexpr uint32_t kEventKindPaperList = FourCC("TbdC");  // after 203 and 204
-inline constexpr uint32_t kEventKindProgress = FourCC("TBpC");   // after 207 and 209
+inline constexpr uint32_t kEventKindPaperList = FourCC("TbdC"); // after 203 and 204
+inline constexpr uint32_t kEventKindProgress = FourCC("TBpC");  // after 207 and 209
 
 // What the Qt host implements for a window that receives the events. Events are posted on the
 // main thread.

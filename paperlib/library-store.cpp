@@ -14,7 +14,7 @@ namespace {
 pl::DictPtr readLibraryFile()
 {
     const auto path = CopyUserPreferencesPath(kStockLibraryDomain);
-    struct stat st {};
+    struct stat st { };
     if (path && ::stat(path->c_str(), &st) == 0)
         return CopyUserPreferences(kStockLibraryDomain);
     return pl::as<pl::Dictionary>(CopyXMLData(kStockLibraryFallbackFile));
@@ -113,7 +113,10 @@ std::optional<std::string> StoredSelectedRow()
     return file ? file->getString(kStockLibrarySelectedRowKey) : std::nullopt;
 }
 
-bool storeSelectedRow(const std::string& uuid) { return writeLibraryKey(kStockLibrarySelectedRowKey, pl::makeString(uuid)); }
+bool storeSelectedRow(const std::string& uuid)
+{
+    return writeLibraryKey(kStockLibrarySelectedRowKey, pl::makeString(uuid));
+}
 
 void setSelectedRow(StockLibraryTable& table)
 {

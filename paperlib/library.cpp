@@ -25,7 +25,8 @@ StockLibrary::StockLibrary(const pl::DictPtr& entry)
 {
     if (entry) {
         stock_ = Stock(entry->getDict(kStockEntryStockKey));
-        if (const auto status = entry->getInt(kStockEntryStatusKey); status && *status >= INT32_MIN && *status <= INT32_MAX)
+        if (const auto status = entry->getInt(kStockEntryStatusKey);
+            status && *status >= INT32_MIN && *status <= INT32_MAX)
             status_ = static_cast<int32_t>(*status);
         if (auto uuid = entry->getString(kStockEntryUUIDKey))
             uuid_ = std::move(*uuid);
@@ -72,8 +73,8 @@ void StockLibrary::validateStockEntry()
     const Stock& s = stock_;
     const bool unsupportedValue = notOffered(_StockColorMap, s.color()) || notOffered(_StockTypeMap, s.type()) ||
                                   notOffered(_StockPunchedMap, s.punched()) || weightUnsupported(s.weight()) ||
-                                  notOffered(_SidesCoatedMap, s.sidesCoated()) ||
-                                  notOffered(_FinishMap, s.finish()) || notOffered(_GrainMap, s.grain());
+                                  notOffered(_SidesCoatedMap, s.sidesCoated()) || notOffered(_FinishMap, s.finish()) ||
+                                  notOffered(_GrainMap, s.grain());
     const bool unsupportedAttribute = offeredButSet(_FinishMap, s.finish()) || offeredButSet(_GrainMap, s.grain());
     if (unsupportedValue)
         status_ = kStockEntryUnsupportedValues;

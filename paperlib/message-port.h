@@ -85,7 +85,8 @@ public:
 
 private:
     friend class RemoteMessagePort;
-    LocalMessagePort(std::string name, MessageHandler handler) : name_(std::move(name)), handler_(std::move(handler)) {}
+    LocalMessagePort(std::string name, MessageHandler handler)
+        : name_(std::move(name)), handler_(std::move(handler)) { }
 
     const std::string name_;
     MessageHandler handler_;
@@ -105,7 +106,7 @@ public:
     bool valid() const;
 
 private:
-    explicit RemoteMessagePort(std::weak_ptr<LocalMessagePort> port) : port_(std::move(port)) {}
+    explicit RemoteMessagePort(std::weak_ptr<LocalMessagePort> port) : port_(std::move(port)) { }
     std::weak_ptr<LocalMessagePort> port_;
 };
 

@@ -159,8 +159,8 @@ std::optional<std::string_view> view(const std::optional<std::string>& s)
 int32_t convertTPIFColorToIndex(std::string_view keyword)
 {
     static constexpr std::pair<const char*, int32_t> kColors[] = {
-        {"white", 1}, {"blue", 2}, {"yellow", 3}, {"green", 4}, {"pink", 5},    {"no-color", 6}, {"buff", 7},
-        {"goldenrod", 8}, {"red", 9}, {"ivory", 11}, {"gray", 12}, {"orange", 13}, {"other", 14},
+        {"white", 1},     {"blue", 2}, {"yellow", 3}, {"green", 4}, {"pink", 5},    {"no-color", 6}, {"buff", 7},
+        {"goldenrod", 8}, {"red", 9},  {"ivory", 11}, {"gray", 12}, {"orange", 13}, {"other", 14},
     };
     for (const auto& [k, v] : kColors)
         if (asciiEqual(keyword, k))
@@ -487,8 +487,8 @@ OSStatus RetrievePrinterStockLibrary(std::string_view address, const PrinterStoc
     errno = 0;
     const int connectMs = std::min(limits.connectTimeoutMs, clock.remainingMs());
     const Clock::time_point started = Clock::now();
-    HttpPtr http(httpConnect2(where->host.c_str(), where->port, nullptr, AF_UNSPEC, cupsEncryption(), 1, connectMs,
-                              cancelFlag));
+    HttpPtr http(
+        httpConnect2(where->host.c_str(), where->port, nullptr, AF_UNSPEC, cupsEncryption(), 1, connectMs, cancelFlag));
     if (!http) {
         reportConnectFailure(clock, started, connectMs);
         return kPrinterStockNoConnectionErr;

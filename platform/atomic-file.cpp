@@ -105,8 +105,8 @@ bool WriteFileAtomically(const std::string& path, std::string_view bytes, mode_t
     const std::string folder = slash == std::string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
 
     // The target's name is cut so that the temporary name stays within NAME_MAX.
-    std::string tempTemplate = folderPrefix + std::string(kTempFilePrefix) + std::to_string(::getpid()) + "." +
-                               name.substr(0, 64) + ".XXXXXX";
+    std::string tempTemplate =
+        folderPrefix + std::string(kTempFilePrefix) + std::to_string(::getpid()) + "." + name.substr(0, 64) + ".XXXXXX";
     std::vector<char> tempPath(tempTemplate.begin(), tempTemplate.end());
     tempPath.push_back('\0');
     const int fd = io.makeTemp(tempPath.data());
@@ -135,8 +135,7 @@ bool WriteFileAtomically(const std::string& path, std::string_view bytes, mode_t
         err = errno;
     if (!err) {
         int r;
-        while ((r = io.fsync(fd)) != 0 && errno == EINTR) {
-        }
+        while ((r = io.fsync(fd)) != 0 && errno == EINTR) { }
         if (r != 0)
             err = errno;
     }
@@ -156,8 +155,7 @@ bool WriteFileAtomically(const std::string& path, std::string_view bytes, mode_t
     if (dirFd < 0)
         return fail(errno);
     int r;
-    while ((r = io.fsync(dirFd)) != 0 && errno == EINTR) {
-    }
+    while ((r = io.fsync(dirFd)) != 0 && errno == EINTR) { }
     const int syncErr = r != 0 ? errno : 0;
     io.close(dirFd);
     removeStaleTempFiles(folder, io);

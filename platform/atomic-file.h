@@ -15,14 +15,14 @@ namespace talmo {
 // The system calls of an atomic write, as a seam: tests replace one of them to fail at the k-th
 // call. Each follows its POSIX namesake (a result of -1 sets errno).
 struct FileIo {
-    int (*makeTemp)(char* pathTemplate);                 // mkostemp(template, O_CLOEXEC)
+    int (*makeTemp)(char* pathTemplate); // mkostemp(template, O_CLOEXEC)
     ssize_t (*write)(int fd, const void* bytes, size_t count);
     int (*fchmod)(int fd, mode_t mode);
     int (*fsync)(int fd);
     int (*close)(int fd);
     int (*rename)(const char* from, const char* to);
     int (*unlink)(const char* path);
-    int (*openFolder)(const char* path);                 // open(path, O_RDONLY | O_DIRECTORY)
+    int (*openFolder)(const char* path); // open(path, O_RDONLY | O_DIRECTORY)
 };
 
 // The real system calls.

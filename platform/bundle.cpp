@@ -80,10 +80,7 @@ std::optional<Bundle> Bundle::containing(const void* address)
     return open(lib.parent_path().string());
 }
 
-std::optional<std::string> Bundle::identifier() const
-{
-    return impl_->info->getString("CFBundleIdentifier");
-}
+std::optional<std::string> Bundle::identifier() const { return impl_->info->getString("CFBundleIdentifier"); }
 
 std::optional<std::string> Bundle::executablePath() const
 {
@@ -129,10 +126,7 @@ pl::DictPtr Bundle::stringsTable(std::string_view table) const
     return dict;
 }
 
-std::string Bundle::localizedString(std::string_view key) const
-{
-    return localizedString(key, kStringNotFound);
-}
+std::string Bundle::localizedString(std::string_view key) const { return localizedString(key, kStringNotFound); }
 
 std::string Bundle::localizedString(std::string_view key, std::string_view fallback, std::string_view table) const
 {
@@ -161,9 +155,6 @@ Bundle* ExtensionBundle()
     return slot ? &*slot : nullptr;
 }
 
-void SetExtensionBundle(std::optional<Bundle> bundle)
-{
-    extensionBundleSlot() = std::move(bundle);
-}
+void SetExtensionBundle(std::optional<Bundle> bundle) { extensionBundleSlot() = std::move(bundle); }
 
 } // namespace talmo

@@ -59,7 +59,7 @@ private:
         pl::DictPtr info;
         std::vector<std::pair<std::string, pl::DictPtr>> tables; // cache
     };
-    explicit Bundle(std::shared_ptr<Impl> impl) : impl_(std::move(impl)) {}
+    explicit Bundle(std::shared_ptr<Impl> impl) : impl_(std::move(impl)) { }
     std::shared_ptr<Impl> impl_;
 };
 

@@ -26,7 +26,7 @@ using CtxtPtr = std::unique_ptr<xmlParserCtxt, CtxtDeleter>;
 // libxml2 reports failed encoding conversions through its generic handler, past
 // XML_PARSE_NOERROR; reading a damaged file must print nothing, so that handler is silenced for
 // the parse (it is per thread) and restored afterwards.
-void ignoreGenericError(void*, const char*, ...) {}
+void ignoreGenericError(void*, const char*, ...) { }
 
 class SilentGenericErrors {
 public:
@@ -61,7 +61,7 @@ bool nameIs(const xmlNode* n, const char* name)
 
 class Reader {
 public:
-    explicit Reader(ParseResult& r) : result_(r) {}
+    explicit Reader(ParseResult& r) : result_(r) { }
 
     ValuePtr value(const xmlNode* n, int depth)
     {
@@ -147,7 +147,8 @@ private:
                 if (c->content)
                     out += reinterpret_cast<const char*>(c->content);
             } else if (c->type == XML_ELEMENT_NODE) {
-                fail(ParseResult::Status::BadElement, c, std::string("element inside <") + reinterpret_cast<const char*>(n->name) + ">");
+                fail(ParseResult::Status::BadElement, c,
+                     std::string("element inside <") + reinterpret_cast<const char*>(n->name) + ">");
                 return false;
             } else if (c->type == XML_ENTITY_REF_NODE) {
                 fail(ParseResult::Status::BadValue, c, "unexpanded entity reference");
@@ -174,8 +175,8 @@ private:
             const xmlNode* v = c->next;
             if (!nextElement(v, n))
                 return result_.status == ParseResult::Status::Ok
-                    ? fail(ParseResult::Status::BadElement, c, "<key>" + key + "</key> has no value")
-                    : nullptr;
+                           ? fail(ParseResult::Status::BadElement, c, "<key>" + key + "</key> has no value")
+                           : nullptr;
             auto val = value(v, depth + 1);
             if (!val)
                 return nullptr;
@@ -565,16 +566,27 @@ std::string escapeXmlText(std::string_view s, bool escapeQuotes)
         }
         i += len;
         switch (cp) {
-        case '&': out += "&amp;"; continue;
-        case '<': out += "&lt;"; continue;
-        case '>': out += "&gt;"; continue;
+        case '&':
+            out += "&amp;";
+            continue;
+        case '<':
+            out += "&lt;";
+            continue;
+        case '>':
+            out += "&gt;";
+            continue;
         case '"':
             out += escapeQuotes ? "&quot;" : "\"";
             continue;
-        case '\r': out += "&#xD;"; continue;
+        case '\r':
+            out += "&#xD;";
+            continue;
         case '\t':
-        case '\n': out += static_cast<char>(cp); continue;
-        default: break;
+        case '\n':
+            out += static_cast<char>(cp);
+            continue;
+        default:
+            break;
         }
         if (cp < 0x20 || cp == 0xFFFE || cp == 0xFFFF)
             continue;

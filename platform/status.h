@@ -8,7 +8,7 @@ namespace talmo {
 using OSStatus = int32_t;
 
 inline constexpr OSStatus noErr = 0;
-inline constexpr OSStatus paramErr = -50;             // bad parameter; the field stays unchanged
+inline constexpr OSStatus paramErr = -50; // bad parameter; the field stays unchanged
 inline constexpr OSStatus memFullErr = -108;
 inline constexpr OSStatus kPMNoContext = -9530;       // missing panel context
 inline constexpr OSStatus kPMNoSession = -30879;      // missing print session

@@ -130,7 +130,7 @@ int hexValue(char c)
 
 class Parser {
 public:
-    explicit Parser(std::string_view text) : s_(text) {}
+    explicit Parser(std::string_view text) : s_(text) { }
 
     pl::DictPtr run(StringsParseResult& r)
     {
@@ -158,8 +158,9 @@ public:
                 value = key;
             }
             if (pos_ >= s_.size() || s_[pos_] != ';')
-                return fail(r, Status::Syntax, line_, "expected ';' after the entry for \"" + clip(key) + "\" (line " +
-                                                         std::to_string(keyLine) + ")");
+                return fail(r, Status::Syntax, line_,
+                            "expected ';' after the entry for \"" + clip(key) + "\" (line " + std::to_string(keyLine) +
+                                ")");
             ++pos_;
             table->setString(key, std::move(value));
         }
@@ -260,13 +261,27 @@ private:
             char e = s_[pos_ + 1];
             pos_ += 2;
             switch (e) {
-            case '"': out += '"'; break;
-            case '\\': out += '\\'; break;
-            case '\'': out += '\''; break;
-            case 'n': out += '\n'; break;
-            case 't': out += '\t'; break;
-            case 'r': out += '\r'; break;
-            case '0': out += '\0'; break;
+            case '"':
+                out += '"';
+                break;
+            case '\\':
+                out += '\\';
+                break;
+            case '\'':
+                out += '\'';
+                break;
+            case 'n':
+                out += '\n';
+                break;
+            case 't':
+                out += '\t';
+                break;
+            case 'r':
+                out += '\r';
+                break;
+            case '0':
+                out += '\0';
+                break;
             case 'U':
             case 'u': {
                 uint32_t u;
@@ -380,13 +395,26 @@ std::string formatStringsEntry(std::string_view key, std::string_view value)
         std::string out = "\"";
         for (char c : s) {
             switch (c) {
-            case '"': out += "\\\""; break;
-            case '\\': out += "\\\\"; break;
-            case '\n': out += "\\n"; break;
-            case '\t': out += "\\t"; break;
-            case '\r': out += "\\r"; break;
-            case '\0': out += "\\0"; break;
-            default: out += c;
+            case '"':
+                out += "\\\"";
+                break;
+            case '\\':
+                out += "\\\\";
+                break;
+            case '\n':
+                out += "\\n";
+                break;
+            case '\t':
+                out += "\\t";
+                break;
+            case '\r':
+                out += "\\r";
+                break;
+            case '\0':
+                out += "\\0";
+                break;
+            default:
+                out += c;
             }
         }
         return out + "\"";

@@ -16,7 +16,7 @@ public:
     using Bytes = std::array<uint8_t, 16>;
 
     Uuid() = default; // the nil UUID
-    explicit Uuid(const Bytes& b) : bytes_(b) {}
+    explicit Uuid(const Bytes& b) : bytes_(b) { }
 
     // "7680F90E-ADCD-11D9-85C8-000A95BDF8C8" in any case; nullopt for anything else
     // (wrong length, misplaced dashes, non-hex digits, surrounding text).

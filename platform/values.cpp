@@ -158,15 +158,20 @@ bool equal(const ValuePtr& a, const ValuePtr& b)
     if (!a || !b || a->type() != b->type())
         return false;
     switch (a->type()) {
-    case Type::String: return as<String>(a)->text == as<String>(b)->text;
-    case Type::Integer: return as<Integer>(a)->value == as<Integer>(b)->value;
+    case Type::String:
+        return as<String>(a)->text == as<String>(b)->text;
+    case Type::Integer:
+        return as<Integer>(a)->value == as<Integer>(b)->value;
     case Type::Real: {
         double x = as<Real>(a)->value, y = as<Real>(b)->value;
         return x == y || (std::isnan(x) && std::isnan(y));
     }
-    case Type::Boolean: return as<Boolean>(a)->value == as<Boolean>(b)->value;
-    case Type::Date: return as<Date>(a)->seconds == as<Date>(b)->seconds;
-    case Type::Data: return as<Data>(a)->bytes == as<Data>(b)->bytes;
+    case Type::Boolean:
+        return as<Boolean>(a)->value == as<Boolean>(b)->value;
+    case Type::Date:
+        return as<Date>(a)->seconds == as<Date>(b)->seconds;
+    case Type::Data:
+        return as<Data>(a)->bytes == as<Data>(b)->bytes;
     case Type::Array: {
         auto x = as<Array>(a), y = as<Array>(b);
         if (x->size() != y->size())
@@ -194,12 +199,18 @@ ValuePtr deepCopy(const ValuePtr& v)
     if (!v)
         return nullptr;
     switch (v->type()) {
-    case Type::String: return makeString(as<String>(v)->text);
-    case Type::Integer: return makeInt(as<Integer>(v)->value);
-    case Type::Real: return makeReal(as<Real>(v)->value);
-    case Type::Boolean: return makeBool(as<Boolean>(v)->value);
-    case Type::Date: return makeDate(as<Date>(v)->seconds);
-    case Type::Data: return makeData(as<Data>(v)->bytes);
+    case Type::String:
+        return makeString(as<String>(v)->text);
+    case Type::Integer:
+        return makeInt(as<Integer>(v)->value);
+    case Type::Real:
+        return makeReal(as<Real>(v)->value);
+    case Type::Boolean:
+        return makeBool(as<Boolean>(v)->value);
+    case Type::Date:
+        return makeDate(as<Date>(v)->seconds);
+    case Type::Data:
+        return makeData(as<Data>(v)->bytes);
     case Type::Array: {
         auto out = makeArray();
         auto in = as<Array>(v);
@@ -208,7 +219,8 @@ ValuePtr deepCopy(const ValuePtr& v)
             out->append(deepCopy(item));
         return out;
     }
-    case Type::Dictionary: return deepCopy(as<Dictionary>(v));
+    case Type::Dictionary:
+        return deepCopy(as<Dictionary>(v));
     }
     return nullptr;
 }

@@ -26,7 +26,7 @@ using ArrayPtr = std::shared_ptr<Array>;
 
 class Value {
 public:
-    explicit Value(Type t) : type_(t) {}
+    explicit Value(Type t) : type_(t) { }
     virtual ~Value() = default;
     Type type() const { return type_; }
 
@@ -37,54 +37,54 @@ private:
 // UTF-8 text. A null string of the design is an absent value (std::optional), never a String.
 class String final : public Value {
 public:
-    explicit String(std::string s) : Value(Type::String), text(std::move(s)) {}
+    explicit String(std::string s) : Value(Type::String), text(std::move(s)) { }
     std::string text;
 };
 
 // Numbers remember whether they are integral, so a file's <integer> stays <integer>.
 class Integer final : public Value {
 public:
-    explicit Integer(int64_t v) : Value(Type::Integer), value(v) {}
+    explicit Integer(int64_t v) : Value(Type::Integer), value(v) { }
     int64_t value;
 };
 
 class Real final : public Value {
 public:
-    explicit Real(double v) : Value(Type::Real), value(v) {}
+    explicit Real(double v) : Value(Type::Real), value(v) { }
     double value;
 };
 
 class Boolean final : public Value {
 public:
-    explicit Boolean(bool v) : Value(Type::Boolean), value(v) {}
+    explicit Boolean(bool v) : Value(Type::Boolean), value(v) { }
     bool value;
 };
 
 // Seconds since 2001-01-01T00:00:00Z, the platform's absolute time.
 class Date final : public Value {
 public:
-    explicit Date(double s) : Value(Type::Date), seconds(s) {}
+    explicit Date(double s) : Value(Type::Date), seconds(s) { }
     double seconds;
 };
 
 class Data final : public Value {
 public:
-    explicit Data(std::vector<uint8_t> b) : Value(Type::Data), bytes(std::move(b)) {}
+    explicit Data(std::vector<uint8_t> b) : Value(Type::Data), bytes(std::move(b)) { }
     std::vector<uint8_t> bytes;
 };
 
 class Array final : public Value {
 public:
-    Array() : Value(Type::Array) {}
+    Array() : Value(Type::Array) { }
 
     size_t size() const { return items_.size(); }
     bool empty() const { return items_.empty(); }
     // Null when i is out of range.
     ValuePtr at(size_t i) const { return i < items_.size() ? items_[i] : nullptr; }
     void append(ValuePtr v);
-    void insert(size_t i, ValuePtr v);  // i clamped to size()
-    void set(size_t i, ValuePtr v);     // ignored when out of range
-    void removeAt(size_t i);            // ignored when out of range
+    void insert(size_t i, ValuePtr v); // i clamped to size()
+    void set(size_t i, ValuePtr v);    // ignored when out of range
+    void removeAt(size_t i);           // ignored when out of range
     void clear() { items_.clear(); }
     void reserve(size_t n) { items_.reserve(n); }
 
@@ -99,7 +99,7 @@ private:
 class Dictionary final : public Value {
 public:
     using Entry = std::pair<std::string, ValuePtr>;
-    Dictionary() : Value(Type::Dictionary) {}
+    Dictionary() : Value(Type::Dictionary) { }
 
     size_t size() const { return entries_.size(); }
     bool empty() const { return entries_.empty(); }

@@ -74,7 +74,8 @@ ULONG IUnknownRelease(void* thisPointer)
 
 } // namespace talmo
 
-extern "C" __attribute__((visibility("default"))) void* TalmoPDEPluginFactory(talmo::CFAllocatorRef, talmo::CFUUIDRef typeID)
+extern "C" __attribute__((visibility("default"))) void* TalmoPDEPluginFactory(talmo::CFAllocatorRef,
+                                                                              talmo::CFUUIDRef typeID)
 {
     using namespace talmo;
     try {

@@ -32,7 +32,6 @@ struct CFUUIDBytes {
 };
 using REFIID = CFUUIDBytes;
 
-
 // ---- IUnknown ----
 
 struct IUnknownVTbl {
@@ -68,10 +67,10 @@ struct PlugInIntf {
 // The header part of an interface record, as slots 1-3 see it.
 using PMPlugInHeaderInterface = PlugInIntf;
 
-using PMPDEContext = void*;  // a panel's (or the host's) own context
+using PMPDEContext = void*; // a panel's (or the host's) own context
 using PMPDEFlags = uint32_t;
-using PMPDERef = void*;      // the dialog's reference for the extension
-using ControlRef = void*;    // the pane the dialog gives (a widget in the dialog host)
+using PMPDERef = void*;   // the dialog's reference for the extension
+using ControlRef = void*; // the pane the dialog gives (a widget in the dialog host)
 using PMPrintSession = PrintSession*;
 
 // Slot order is the print system's and must not change. Panels leave slots 1-3 null.

@@ -17,8 +17,7 @@ std::vector<std::string> ReadInputHistory(std::string_view historyKey)
     return history;
 }
 
-bool UpdateInputHistory(pl::Dictionary& preferences, std::string_view historyKey, std::string_view text,
-                        int32_t limit)
+bool UpdateInputHistory(pl::Dictionary& preferences, std::string_view historyKey, std::string_view text, int32_t limit)
 {
     if (text.empty())
         return false;

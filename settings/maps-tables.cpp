@@ -12,12 +12,9 @@ constexpr SettingMap kEnd = {nullptr, 0, 0, nullptr, false};
 // --- Special pages ---------------------------------------------------------------------------
 
 const SettingMap _CoverOptionMap[] = {
-    {"No Covers", 1, 0, nullptr, false},
-    {"Front Cover Only", 2, 0, nullptr, false},
-    {"Back Cover Only", 3, 0, nullptr, false},
-    {"Same Covers", 4, 0, nullptr, false},
-    {"Different Covers", 5, 0, nullptr, false},
-    kEnd,
+    {"No Covers", 1, 0, nullptr, false},        {"Front Cover Only", 2, 0, nullptr, false},
+    {"Back Cover Only", 3, 0, nullptr, false},  {"Same Covers", 4, 0, nullptr, false},
+    {"Different Covers", 5, 0, nullptr, false}, kEnd,
 };
 
 const SettingMap _CoverSidesImagedMap[] = {
@@ -45,12 +42,9 @@ const SettingMap _JobTypeMap[] = {
 };
 
 const SettingMap _JobFormatMap[] = {
-    {"PrinterDefault", kDefault, 0, nullptr, false},
-    {"SinglePageTIFF", 1, 0, nullptr, false},
-    {"MultiPageTIFF", 2, 0, nullptr, false},
-    {"FastReprint", 4, 0, nullptr, false},
-    {"FastReprintDRI", 5, 0, nullptr, false},
-    kEnd,
+    {"PrinterDefault", kDefault, 0, nullptr, false}, {"SinglePageTIFF", 1, 0, nullptr, false},
+    {"MultiPageTIFF", 2, 0, nullptr, false},         {"FastReprint", 4, 0, nullptr, false},
+    {"FastReprintDRI", 5, 0, nullptr, false},        kEnd,
 };
 
 // The saved job's "SaveDisposition": 2 prints as well as saving.
@@ -340,12 +334,9 @@ const SettingMap _OutputStapleLCSSMap[] = {
 };
 
 const SettingMap _OutputStapleHCSSMap[] = {
-    {"Uncollated", 1, 0, nullptr, false},
-    {"Collated", 2, 0, nullptr, false},
-    {"Collated, 1 Staple", 3, 0, nullptr, false},
-    {"Collated, 2 Staples", 4, 0, nullptr, false},
-    {"Collated, 4 Staples", 5, 0, nullptr, false},
-    kEnd,
+    {"Uncollated", 1, 0, nullptr, false},          {"Collated", 2, 0, nullptr, false},
+    {"Collated, 1 Staple", 3, 0, nullptr, false},  {"Collated, 2 Staples", 4, 0, nullptr, false},
+    {"Collated, 4 Staples", 5, 0, nullptr, false}, kEnd,
 };
 
 const SettingMap _PunchNoneMap[] = {

@@ -20,11 +20,11 @@ constexpr uint32_t FourCC(const char (&s)[5])
 // One row of a setting map. A map ends with a row whose key is null; a row labelled "-" is
 // a menu separator.
 struct SettingMap {
-    const char* key;          // localization key of the label; also the row's identifier
-    int32_t ticketValue;      // stored in the ticket; kNotSet is printer default
-    uint32_t command;         // menu command, 0 for none
-    const char* installable;  // installable printer option the row depends on, or null
-    bool requiredState;       // offered only while that option's installed state equals this
+    const char* key;         // localization key of the label; also the row's identifier
+    int32_t ticketValue;     // stored in the ticket; kNotSet is printer default
+    uint32_t command;        // menu command, 0 for none
+    const char* installable; // installable printer option the row depends on, or null
+    bool requiredState;      // offered only while that option's installed state equals this
 };
 
 // One row of a paper size map: sizes in hundredths of a millimetre and in points. The

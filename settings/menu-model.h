@@ -40,8 +40,8 @@ struct PopupButtonModel {
 // included (callers use it as the control maximum). The printer-default row is labelled
 // "PrinterDefault" at job level and "UseJobSetting" for a page range. A non-zero `command`
 // replaces every row's own command.
-int32_t PopulateMenuFromMap(const Bundle& bundle, MenuModel& menu, const SettingMap* map,
-                            JobContext context, uint32_t command);
+int32_t PopulateMenuFromMap(const Bundle& bundle, MenuModel& menu, const SettingMap* map, JobContext context,
+                            uint32_t command);
 // Empties the popup's menu, fills it from the map and sets the maximum to the returned count.
 int32_t PopulatePopupButtonFromMap(const Bundle& bundle, PopupButtonModel& popup, const SettingMap* map,
                                    JobContext context, uint32_t command);

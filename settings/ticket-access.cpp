@@ -67,19 +67,25 @@ Kind kindOf(CFNumberType type)
 {
     switch (type) {
     case kCFNumberSInt8Type:
-    case kCFNumberCharType: return Kind::Int8;
+    case kCFNumberCharType:
+        return Kind::Int8;
     case kCFNumberSInt16Type:
-    case kCFNumberShortType: return Kind::Int16;
+    case kCFNumberShortType:
+        return Kind::Int16;
     case kCFNumberSInt32Type:
-    case kCFNumberIntType: return Kind::Int32;
+    case kCFNumberIntType:
+        return Kind::Int32;
     case kCFNumberSInt64Type:
     case kCFNumberLongType:
     case kCFNumberLongLongType:
-    case kCFNumberCFIndexType: return Kind::Int64;
+    case kCFNumberCFIndexType:
+        return Kind::Int64;
     case kCFNumberFloat32Type:
-    case kCFNumberFloatType: return Kind::Float32;
+    case kCFNumberFloatType:
+        return Kind::Float32;
     case kCFNumberFloat64Type:
-    case kCFNumberDoubleType: return Kind::Float64;
+    case kCFNumberDoubleType:
+        return Kind::Float64;
     }
     return Kind::Bad;
 }
@@ -100,13 +106,44 @@ bool CFDictionarySetNumber(const pl::DictPtr& dict, std::string_view key, const 
     if (!dict || key.empty() || !valuePtr)
         return false;
     switch (kindOf(type)) {
-    case Kind::Int8: { int8_t v; std::memcpy(&v, valuePtr, sizeof v); dict->setInt(key, v); return true; }
-    case Kind::Int16: { int16_t v; std::memcpy(&v, valuePtr, sizeof v); dict->setInt(key, v); return true; }
-    case Kind::Int32: { int32_t v; std::memcpy(&v, valuePtr, sizeof v); dict->setInt(key, v); return true; }
-    case Kind::Int64: { int64_t v; std::memcpy(&v, valuePtr, sizeof v); dict->setInt(key, v); return true; }
-    case Kind::Float32: { float v; std::memcpy(&v, valuePtr, sizeof v); dict->setReal(key, v); return true; }
-    case Kind::Float64: { double v; std::memcpy(&v, valuePtr, sizeof v); dict->setReal(key, v); return true; }
-    case Kind::Bad: break;
+    case Kind::Int8: {
+        int8_t v;
+        std::memcpy(&v, valuePtr, sizeof v);
+        dict->setInt(key, v);
+        return true;
+    }
+    case Kind::Int16: {
+        int16_t v;
+        std::memcpy(&v, valuePtr, sizeof v);
+        dict->setInt(key, v);
+        return true;
+    }
+    case Kind::Int32: {
+        int32_t v;
+        std::memcpy(&v, valuePtr, sizeof v);
+        dict->setInt(key, v);
+        return true;
+    }
+    case Kind::Int64: {
+        int64_t v;
+        std::memcpy(&v, valuePtr, sizeof v);
+        dict->setInt(key, v);
+        return true;
+    }
+    case Kind::Float32: {
+        float v;
+        std::memcpy(&v, valuePtr, sizeof v);
+        dict->setReal(key, v);
+        return true;
+    }
+    case Kind::Float64: {
+        double v;
+        std::memcpy(&v, valuePtr, sizeof v);
+        dict->setReal(key, v);
+        return true;
+    }
+    case Kind::Bad:
+        break;
     }
     return false;
 }
@@ -134,10 +171,14 @@ bool CFDictionaryGetNumber(const pl::DictPtr& dict, std::string_view key, void* 
         return false;
     }
     switch (kind) {
-    case Kind::Int8: return integral && storeIntegral<int8_t>(*integral, valuePtr);
-    case Kind::Int16: return integral && storeIntegral<int16_t>(*integral, valuePtr);
-    case Kind::Int32: return integral && storeIntegral<int32_t>(*integral, valuePtr);
-    case Kind::Int64: return integral && storeIntegral<int64_t>(*integral, valuePtr);
+    case Kind::Int8:
+        return integral && storeIntegral<int8_t>(*integral, valuePtr);
+    case Kind::Int16:
+        return integral && storeIntegral<int16_t>(*integral, valuePtr);
+    case Kind::Int32:
+        return integral && storeIntegral<int32_t>(*integral, valuePtr);
+    case Kind::Int64:
+        return integral && storeIntegral<int64_t>(*integral, valuePtr);
     case Kind::Float32: {
         if (std::isfinite(real) && std::fabs(real) > double(std::numeric_limits<float>::max()))
             return false;
@@ -145,8 +186,11 @@ bool CFDictionaryGetNumber(const pl::DictPtr& dict, std::string_view key, void* 
         std::memcpy(valuePtr, &f, sizeof f);
         return true;
     }
-    case Kind::Float64: std::memcpy(valuePtr, &real, sizeof real); return true;
-    case Kind::Bad: break;
+    case Kind::Float64:
+        std::memcpy(valuePtr, &real, sizeof real);
+        return true;
+    case Kind::Bad:
+        break;
     }
     return false;
 }
@@ -193,7 +237,8 @@ bool toUtf8(const char* encoding, std::string_view in, std::string& out)
 {
     UErrorCode status = U_ZERO_ERROR;
     std::vector<char> buf(in.size() * 3 + 1);
-    int32_t n = ucnv_convert("UTF-8", encoding, buf.data(), int32_t(buf.size()), in.data(), int32_t(in.size()), &status);
+    int32_t n =
+        ucnv_convert("UTF-8", encoding, buf.data(), int32_t(buf.size()), in.data(), int32_t(in.size()), &status);
     if (U_FAILURE(status) || n < 0)
         return false;
     out.assign(buf.data(), size_t(n));
@@ -202,7 +247,8 @@ bool toUtf8(const char* encoding, std::string_view in, std::string& out)
 
 } // namespace
 
-bool CFDictionarySetCString(const pl::DictPtr& dict, std::string_view key, const char* cString, CFStringEncoding encoding)
+bool CFDictionarySetCString(const pl::DictPtr& dict, std::string_view key, const char* cString,
+                            CFStringEncoding encoding)
 {
     if (!dict || key.empty() || !cString)
         return false;
@@ -352,9 +398,6 @@ OSStatus TicketSetArray(Ticket* ticket, std::string_view key, const pl::ArrayPtr
     return ticket ? ticket->set(key, value, creator) : paramErr;
 }
 
-OSStatus TicketRemove(Ticket* ticket, std::string_view key)
-{
-    return ticket ? ticket->remove(key) : paramErr;
-}
+OSStatus TicketRemove(Ticket* ticket, std::string_view key) { return ticket ? ticket->remove(key) : paramErr; }
 
 } // namespace talmo

@@ -19,8 +19,8 @@
 namespace talmo {
 
 // Creator strings passed with every ticket write; items are written unlocked.
-inline constexpr char kTalmoPanelCreator[] = "com.talmo.printingmanager";  // the panels' items
-inline constexpr char kTalmoSpecialPagesCreator[] = "com.talmo.print";     // special-page arrays, covers
+inline constexpr char kTalmoPanelCreator[] = "com.talmo.printingmanager"; // the panels' items
+inline constexpr char kTalmoSpecialPagesCreator[] = "com.talmo.print";    // special-page arrays, covers
 inline constexpr char kTalmoHostCreator[] = "T"; // the host's client information, Image Options items
 
 // The platform's index type.
@@ -78,11 +78,11 @@ bool CFDictionaryGetNumber(const pl::DictPtr& dict, std::string_view key, void* 
 
 // Typed forms of the two above, for int8..int64, float and double.
 template <class T>
-    requires std::is_arithmetic_v<T> && (!std::is_same_v<T, bool>)
-bool CFDictionarySetNumber(const pl::DictPtr& dict, std::string_view key, T value);
+requires std::is_arithmetic_v<T> &&
+    (!std::is_same_v<T, bool>)bool CFDictionarySetNumber(const pl::DictPtr& dict, std::string_view key, T value);
 template <class T>
-    requires std::is_arithmetic_v<T> && (!std::is_same_v<T, bool>)
-bool CFDictionaryGetNumber(const pl::DictPtr& dict, std::string_view key, T* value);
+requires std::is_arithmetic_v<T> &&
+    (!std::is_same_v<T, bool>)bool CFDictionaryGetNumber(const pl::DictPtr& dict, std::string_view key, T* value);
 
 enum CFStringEncoding : uint32_t {
     kCFStringEncodingMacRoman = 0,
@@ -148,8 +148,8 @@ bool getUnsigned(const pl::DictPtr& dict, std::string_view key, uint64_t max, ui
 } // namespace internal
 
 template <class T>
-    requires std::is_arithmetic_v<T> && (!std::is_same_v<T, bool>)
-bool CFDictionarySetNumber(const pl::DictPtr& dict, std::string_view key, T value)
+requires std::is_arithmetic_v<T> &&
+    (!std::is_same_v<T, bool>)bool CFDictionarySetNumber(const pl::DictPtr& dict, std::string_view key, T value)
 {
     if constexpr (std::is_unsigned_v<T>)
         return internal::setUnsigned(dict, key, value);
@@ -158,8 +158,8 @@ bool CFDictionarySetNumber(const pl::DictPtr& dict, std::string_view key, T valu
 }
 
 template <class T>
-    requires std::is_arithmetic_v<T> && (!std::is_same_v<T, bool>)
-bool CFDictionaryGetNumber(const pl::DictPtr& dict, std::string_view key, T* value)
+requires std::is_arithmetic_v<T> &&
+    (!std::is_same_v<T, bool>)bool CFDictionaryGetNumber(const pl::DictPtr& dict, std::string_view key, T* value)
 {
     if constexpr (std::is_unsigned_v<T>) {
         uint64_t v;

@@ -10,72 +10,82 @@ namespace talmo {
 // --- Print settings ticket items ---
 inline constexpr const char* kJobLevelStockKey = "com.talmo.print.JobLevelStock"; // dictionary (job paper stock)
 inline constexpr const char* kFinishingOutputDestinationKey = "com.talmo.print.FinishingOutputDestination"; // number
-inline constexpr const char* kFinishingOutputColorKey = "com.talmo.print.FinishingOutputColor"; // number
-inline constexpr const char* kJobTypeKey = "com.talmo.print.JobType"; // dictionary
+inline constexpr const char* kFinishingOutputColorKey = "com.talmo.print.FinishingOutputColor";             // number
+inline constexpr const char* kJobTypeKey = "com.talmo.print.JobType";                               // dictionary
 inline constexpr const char* kBackgroundFormsOptionsKey = "com.talmo.print.BackgroundFormsOptions"; // dictionary
-inline constexpr const char* kFinishingDuplexKey = "com.talmo.print.FinishingDuplex"; // number
-inline constexpr const char* kFinishingOptionsKey = "com.talmo.print.FinishingOptions"; // number
-inline constexpr const char* kFinishingOffsetKey = "com.talmo.print.FinishingOffset"; // number
+inline constexpr const char* kFinishingDuplexKey = "com.talmo.print.FinishingDuplex";               // number
+inline constexpr const char* kFinishingOptionsKey = "com.talmo.print.FinishingOptions";             // number
+inline constexpr const char* kFinishingOffsetKey = "com.talmo.print.FinishingOffset";               // number
 inline constexpr const char* kFinishingOffsetEnableSubsetKey = "com.talmo.print.FinishingOffsetEnableSubset"; // number
-inline constexpr const char* kFinishingOffsetPagesPerSubsetKey = "com.talmo.print.FinishingOffsetPagesPerSubset"; // number
-inline constexpr const char* kFinishingSlipSheetKey = "com.talmo.print.FinishingSlipSheet"; // number
-inline constexpr const char* kFinishingFoldValueKey = "com.talmo.print.FinishingFoldValue"; // number
-inline constexpr const char* kFinishingZFoldValueKey = "com.talmo.print.FinishingZFoldValue"; // number
-inline constexpr const char* kFinishingHolePunchValueKey = "com.talmo.print.FinishingHolePunchValue"; // number
-inline constexpr const char* kFinishingHolePunchOptionsKey = "com.talmo.print.FinishingHolePunchOptions"; // number
-inline constexpr const char* kFinishingStaple1ValueKey = "com.talmo.print.FinishingStaple1Value"; // number
-inline constexpr const char* kFinishingStaple2ValueKey = "com.talmo.print.FinishingStaple2Value"; // number
+inline constexpr const char* kFinishingOffsetPagesPerSubsetKey =
+    "com.talmo.print.FinishingOffsetPagesPerSubset";                                                        // number
+inline constexpr const char* kFinishingSlipSheetKey = "com.talmo.print.FinishingSlipSheet";                 // number
+inline constexpr const char* kFinishingFoldValueKey = "com.talmo.print.FinishingFoldValue";                 // number
+inline constexpr const char* kFinishingZFoldValueKey = "com.talmo.print.FinishingZFoldValue";               // number
+inline constexpr const char* kFinishingHolePunchValueKey = "com.talmo.print.FinishingHolePunchValue";       // number
+inline constexpr const char* kFinishingHolePunchOptionsKey = "com.talmo.print.FinishingHolePunchOptions";   // number
+inline constexpr const char* kFinishingStaple1ValueKey = "com.talmo.print.FinishingStaple1Value";           // number
+inline constexpr const char* kFinishingStaple2ValueKey = "com.talmo.print.FinishingStaple2Value";           // number
 inline constexpr const char* kFinishingStapleCenterValueKey = "com.talmo.print.FinishingStapleCenterValue"; // number
-inline constexpr const char* kFinishingBindValueKey = "com.talmo.print.FinishingBindValue"; // number
-inline constexpr const char* kFinishingCustomKey = "com.talmo.print.FinishingCustom"; // string
-inline constexpr const char* kBookletLayoutKey = "com.talmo.print.BookletLayout"; // Boolean
-inline constexpr const char* kBookletDrawOutlinesKey = "com.talmo.print.BookletDrawOutlines"; // number
-inline constexpr const char* kBookletForceNewSizeKey = "com.talmo.print.BookletForceNewSize"; // Boolean
-inline constexpr const char* kGutterKey = "com.talmo.print.Gutter"; // number
-inline constexpr const char* kCreepKey = "com.talmo.print.Creep"; // number
-inline constexpr const char* kBookletFoldStapleKey = "com.talmo.print.BookletFoldStaple"; // number
-inline constexpr const char* kSpecialPagesFrontCoverKey = "com.talmo.print.SpecialPages.FrontCover"; // dictionary
-inline constexpr const char* kSpecialPagesBackCoverKey = "com.talmo.print.SpecialPages.BackCover"; // dictionary
-inline constexpr const char* kSpecialPagesInsertListKey = "com.talmo.print.SpecialPages.InsertList"; // array
+inline constexpr const char* kFinishingBindValueKey = "com.talmo.print.FinishingBindValue";                 // number
+inline constexpr const char* kFinishingCustomKey = "com.talmo.print.FinishingCustom";                       // string
+inline constexpr const char* kBookletLayoutKey = "com.talmo.print.BookletLayout";                           // Boolean
+inline constexpr const char* kBookletDrawOutlinesKey = "com.talmo.print.BookletDrawOutlines";               // number
+inline constexpr const char* kBookletForceNewSizeKey = "com.talmo.print.BookletForceNewSize";               // Boolean
+inline constexpr const char* kGutterKey = "com.talmo.print.Gutter";                                         // number
+inline constexpr const char* kCreepKey = "com.talmo.print.Creep";                                           // number
+inline constexpr const char* kBookletFoldStapleKey = "com.talmo.print.BookletFoldStaple";                   // number
+inline constexpr const char* kSpecialPagesFrontCoverKey = "com.talmo.print.SpecialPages.FrontCover";       // dictionary
+inline constexpr const char* kSpecialPagesBackCoverKey = "com.talmo.print.SpecialPages.BackCover";         // dictionary
+inline constexpr const char* kSpecialPagesInsertListKey = "com.talmo.print.SpecialPages.InsertList";       // array
 inline constexpr const char* kSpecialPagesExceptionListKey = "com.talmo.print.SpecialPages.ExceptionList"; // array
-inline constexpr const char* kImageShiftOptionsJobKey = "com.talmo.print.ImageShiftOptionsJob"; // dictionary
-inline constexpr const char* kImageShiftOptionsPageKey = "com.talmo.print.ImageShiftOptionsPage"; // dictionary (inside an exception page)
-inline constexpr const char* kFullColorOptionsKey = "com.talmo.print.FullColorOptions"; // dictionary
-inline constexpr const char* kAntialiasingKey = "com.talmo.print.Antialiasing"; // number
-inline constexpr const char* kHalftoneScreenKey = "com.talmo.print.HalftoneScreen"; // number
-inline constexpr const char* kResolutionKey = "com.talmo.print.Resolution"; // number
-inline constexpr const char* kInvertImageOptionsKey = "com.talmo.print.InvertImageOptions"; // dictionary
-inline constexpr const char* kLightenDarkenKey = "com.talmo.print.LightenDarken"; // number
-inline constexpr const char* kTonerSaverKey = "com.talmo.print.TonerSaver"; // number
+inline constexpr const char* kImageShiftOptionsJobKey = "com.talmo.print.ImageShiftOptionsJob";            // dictionary
+inline constexpr const char* kImageShiftOptionsPageKey =
+    "com.talmo.print.ImageShiftOptionsPage"; // dictionary (inside an exception page)
+inline constexpr const char* kFullColorOptionsKey = "com.talmo.print.FullColorOptions";                 // dictionary
+inline constexpr const char* kAntialiasingKey = "com.talmo.print.Antialiasing";                         // number
+inline constexpr const char* kHalftoneScreenKey = "com.talmo.print.HalftoneScreen";                     // number
+inline constexpr const char* kResolutionKey = "com.talmo.print.Resolution";                             // number
+inline constexpr const char* kInvertImageOptionsKey = "com.talmo.print.InvertImageOptions";             // dictionary
+inline constexpr const char* kLightenDarkenKey = "com.talmo.print.LightenDarken";                       // number
+inline constexpr const char* kTonerSaverKey = "com.talmo.print.TonerSaver";                             // number
 inline constexpr const char* kHighlightColorOptionsJobKey = "com.talmo.print.HighlightColorOptionsJob"; // dictionary
-inline constexpr const char* kDravikEmulationKey = "com.talmo.print.DravikEmulation"; // number
-inline constexpr const char* kJobNotesUseJobNameKey = "com.talmo.print.JobNotesUseJobName"; // Boolean
-inline constexpr const char* kJobNotesJobNameKey = "com.talmo.print.JobNotesJobName"; // string
+inline constexpr const char* kDravikEmulationKey = "com.talmo.print.DravikEmulation";                   // number
+inline constexpr const char* kJobNotesUseJobNameKey = "com.talmo.print.JobNotesUseJobName";             // Boolean
+inline constexpr const char* kJobNotesJobNameKey = "com.talmo.print.JobNotesJobName";                   // string
 inline constexpr const char* kJobNotesSenderUseLoginNameKey = "com.talmo.print.JobNotesSenderUseLoginName"; // Boolean
-inline constexpr const char* kJobNotesSenderNameKey = "com.talmo.print.JobNotesSenderName"; // string
-inline constexpr const char* kJobNotesRecipientUseLoginNameKey = "com.talmo.print.JobNotesRecipientUseLoginName"; // Boolean
+inline constexpr const char* kJobNotesSenderNameKey = "com.talmo.print.JobNotesSenderName";                 // string
+inline constexpr const char* kJobNotesRecipientUseLoginNameKey =
+    "com.talmo.print.JobNotesRecipientUseLoginName";                                      // Boolean
 inline constexpr const char* kJobNotesRecipientKey = "com.talmo.print.JobNotesRecipient"; // string
-inline constexpr const char* kJobNotesMessageKey = "com.talmo.print.JobNotesMessage"; // string (removed when empty)
-inline constexpr const char* kJobNotesSheetMessageKey = "com.talmo.print.JobNotesSheetMessage"; // string (removed when empty)
-inline constexpr const char* kJobNotesAdditionalInfoKey = "com.talmo.print.JobNotesAdditionalInfo"; // string (removed by 6.4)
-inline constexpr const char* kAdvancedBookletLayoutOrderStrKey = "com.talmo.print.AdvancedBookletLayoutOrderStr"; // number
-inline constexpr const char* kAdvancedRotateImage180Key = "com.talmo.print.AdvancedRotateImage180"; // number
-inline constexpr const char* kEmitTPIFKey = "com.talmo.print.EmitTPIF"; // number
-inline constexpr const char* kOPISubsitutionKey = "com.talmo.print.OPISubsitution"; // number
-inline constexpr const char* kOPIPrescanKey = "com.talmo.print.OPIPrescan"; // number
-inline constexpr const char* kOutputOrderKey = "com.talmo.print.OutputOrder"; // number
-inline constexpr const char* kPagesToPrintSelectedKey = "com.talmo.print.PagesToPrintSelected"; // number
-inline constexpr const char* kPagesToPrintFromKey = "com.talmo.print.PagesToPrintFrom"; // number
-inline constexpr const char* kPagesToPrintToKey = "com.talmo.print.PagesToPrintTo"; // number
-inline constexpr const char* kWatermarkKey = "com.talmo.print.watermark.Watermark"; // string
-inline constexpr const char* kWatermarkOptionKey = "com.talmo.print.watermark.Option"; // number
+inline constexpr const char* kJobNotesMessageKey = "com.talmo.print.JobNotesMessage";     // string (removed when empty)
+inline constexpr const char* kJobNotesSheetMessageKey =
+    "com.talmo.print.JobNotesSheetMessage"; // string (removed when empty)
+inline constexpr const char* kJobNotesAdditionalInfoKey =
+    "com.talmo.print.JobNotesAdditionalInfo"; // string (removed by 6.4)
+inline constexpr const char* kAdvancedBookletLayoutOrderStrKey =
+    "com.talmo.print.AdvancedBookletLayoutOrderStr";                                                 // number
+inline constexpr const char* kAdvancedRotateImage180Key = "com.talmo.print.AdvancedRotateImage180";  // number
+inline constexpr const char* kEmitTPIFKey = "com.talmo.print.EmitTPIF";                              // number
+inline constexpr const char* kOPISubsitutionKey = "com.talmo.print.OPISubsitution";                  // number
+inline constexpr const char* kOPIPrescanKey = "com.talmo.print.OPIPrescan";                          // number
+inline constexpr const char* kOutputOrderKey = "com.talmo.print.OutputOrder";                        // number
+inline constexpr const char* kPagesToPrintSelectedKey = "com.talmo.print.PagesToPrintSelected";      // number
+inline constexpr const char* kPagesToPrintFromKey = "com.talmo.print.PagesToPrintFrom";              // number
+inline constexpr const char* kPagesToPrintToKey = "com.talmo.print.PagesToPrintTo";                  // number
+inline constexpr const char* kWatermarkKey = "com.talmo.print.watermark.Watermark";                  // string
+inline constexpr const char* kWatermarkOptionKey = "com.talmo.print.watermark.Option";               // number
 inline constexpr const char* kWatermarkFirstPageOnlyKey = "com.talmo.print.watermark.FirstPageOnly"; // number
 inline constexpr const char* kTPIFOptionsKey = "com.talmo.print.TPIFOptions"; // dictionary {"TPIFOptionAll": true}
-inline constexpr const char* kRotateBooklet180DegreesKey = "com.talmo.print.RotateBooklet180Degrees"; // removed on every save
-inline constexpr const char* kControllerInformationControllerFamilyKey = "com.talmo.print.ControllerInformation.ControllerFamily"; // string "Kestra"
-inline constexpr const char* kControllerInformationControllerVersionKey = "com.talmo.print.ControllerInformation.ControllerVersion"; // string "6.0"
+inline constexpr const char* kRotateBooklet180DegreesKey =
+    "com.talmo.print.RotateBooklet180Degrees"; // removed on every save
+inline constexpr const char* kControllerInformationControllerFamilyKey =
+    "com.talmo.print.ControllerInformation.ControllerFamily"; // string "Kestra"
+inline constexpr const char* kControllerInformationControllerVersionKey =
+    "com.talmo.print.ControllerInformation.ControllerVersion"; // string "6.0"
 inline constexpr const char* kClientInformationUserNameKey = "com.talmo.print.ClientInformation.UserName"; // string
-inline constexpr const char* kClientInformationComputerNameKey = "com.talmo.print.ClientInformation.ComputerName"; // string
+inline constexpr const char* kClientInformationComputerNameKey =
+    "com.talmo.print.ClientInformation.ComputerName";                                                        // string
 inline constexpr const char* kClientInformationIPAddressKey = "com.talmo.print.ClientInformation.IPAddress"; // string
 
 // --- Names of the same family that are not ticket items ---

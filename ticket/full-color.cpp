@@ -55,7 +55,7 @@ bool IsValidProfileName(std::string_view name)
     int32_t units = 0;
     u_strFromUTF8(nullptr, 0, &units, name.data(), int32_t(name.size()), &status);
     if (status != U_BUFFER_OVERFLOW_ERROR && U_FAILURE(status))
-        return false;  // malformed UTF-8
+        return false; // malformed UTF-8
     return units <= kMaxProfileNameLength;
 }
 
@@ -389,7 +389,8 @@ std::string GenerateFullColorSummary(const FullColorOptions& o, int32_t /*contex
         const SettingMap* map;
     };
     const ProfileLine sources[] = {
-        {"RGB Color Space Images Profile:", &FullColorOptions::rgbImagesProfile, kRGBProfileCustom, _RGBSourceProfileMap},
+        {"RGB Color Space Images Profile:", &FullColorOptions::rgbImagesProfile, kRGBProfileCustom,
+         _RGBSourceProfileMap},
         {"RGB Color Space Text and Graphics Profile:", &FullColorOptions::rgbTextAndGraphicsProfile, kRGBProfileCustom,
          _RGBSourceProfileMap},
         {"CMYK Color Space Images Profile:", &FullColorOptions::cmykImagesProfile, kCMYKProfileCustom,

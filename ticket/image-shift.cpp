@@ -2,7 +2,6 @@
 
 #include "ticket/record-read_p.h"
 
-
 namespace talmo {
 
 using internal::getInt32;
@@ -19,10 +18,7 @@ int32_t inchHundredthsToMmHundredthsRounded(int32_t v)
     return saturateInt32((scaled + (scaled < 0 ? -5 : 5)) / 10);
 }
 
-int32_t mmHundredthsToInchHundredthsTruncated(int32_t v)
-{
-    return static_cast<int32_t>(int64_t(v) * 10 / 254);
-}
+int32_t mmHundredthsToInchHundredthsTruncated(int32_t v) { return static_cast<int32_t>(int64_t(v) * 10 / 254); }
 
 int32_t negate(int32_t v) { return v == INT32_MIN ? INT32_MAX : -v; }
 
@@ -143,7 +139,7 @@ ImageShiftSide2 ImageShiftSide2Rule(int32_t mode, int32_t duplex, int32_t x1, in
         r.x2 = x1;
         r.y2 = y1;
         break;
-    default:  // unset, or a mode this version does not know
+    default: // unset, or a mode this version does not know
         r.x1Editable = false;
         break;
     }

@@ -33,9 +33,9 @@ enum ImageShiftMode : int32_t {
 // else tenths of a millimetre.
 struct _IS_Options {
     int32_t valid = 1;
-    int32_t stockSize = 1;       // job-level stock size code, copied in on read, never written
-    int32_t duplex = kNotSet;    // the job's "com.talmo.print.FinishingDuplex"; 1 is one-sided
-    int32_t option = kNotSet;    // ImageShiftMode, or kNotSet for printer default / job setting
+    int32_t stockSize = 1;    // job-level stock size code, copied in on read, never written
+    int32_t duplex = kNotSet; // the job's "com.talmo.print.FinishingDuplex"; 1 is one-sided
+    int32_t option = kNotSet; // ImageShiftMode, or kNotSet for printer default / job setting
     int32_t reserved = 0;
     int32_t inches = 1;
     int32_t x1 = 0;
@@ -67,7 +67,7 @@ void DefaultImageShift(_IS_Options& options);
 struct ImageShiftSide2 {
     int32_t x2 = 0;
     int32_t y2 = 0;
-    bool x1Editable = false;  // y1 is editable exactly when x1 is
+    bool x1Editable = false; // y1 is editable exactly when x1 is
     bool x2Editable = false;
     bool y2Editable = false;
 };
@@ -82,7 +82,7 @@ void ApplyImageShiftOption(_IS_Options& options);
 struct ImageShiftRange {
     int32_t min;
     int32_t max;
-    int decimals;  // implied decimals of the stored integer: 2 for inches, 1 for millimetres
+    int decimals; // implied decimals of the stored integer: 2 for inches, 1 for millimetres
 };
 ImageShiftRange ImageShiftXRange(bool inches);
 ImageShiftRange ImageShiftYRange(bool inches);

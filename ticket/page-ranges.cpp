@@ -10,7 +10,7 @@ constexpr bool isDigit(char c) { return c >= '0' && c <= '9'; }
 // that the last item is closed like every other.
 class PageRangeParser {
 public:
-    PageRangeParser(std::string_view text, bool rangesMode) : text_(text), rangesMode_(rangesMode) {}
+    PageRangeParser(std::string_view text, bool rangesMode) : text_(text), rangesMode_(rangesMode) { }
 
     PageRangesResult run()
     {
@@ -145,24 +145,36 @@ OSStatus CreatePageRangesBySeparatingString(const std::string* text, bool ranges
 const char* PageRangeErrorTitleKey(OSStatus code)
 {
     switch (code) {
-    case kPageNumberLimitErr: return "Page Number Limit Title";
-    case kInvalidPageRangesErr: return "Invalid Pages Title";
-    case kInvalidRangeOrderErr: return "Invalid Ranges Title";
-    case kInvalidPageNumbersErr: return "Invalid Page Numbers Title";
-    case kPageRangeConflictErr: return "PageRangeConflictTitle";
-    default: return nullptr;
+    case kPageNumberLimitErr:
+        return "Page Number Limit Title";
+    case kInvalidPageRangesErr:
+        return "Invalid Pages Title";
+    case kInvalidRangeOrderErr:
+        return "Invalid Ranges Title";
+    case kInvalidPageNumbersErr:
+        return "Invalid Page Numbers Title";
+    case kPageRangeConflictErr:
+        return "PageRangeConflictTitle";
+    default:
+        return nullptr;
     }
 }
 
 const char* PageRangeErrorMessageKey(OSStatus code)
 {
     switch (code) {
-    case kPageNumberLimitErr: return "Page Number Limit";
-    case kInvalidPageRangesErr: return "Invalid Page Ranges";
-    case kInvalidRangeOrderErr: return "Invalid Range Order";
-    case kInvalidPageNumbersErr: return "Invalid Page Numbers Message";
-    case kPageRangeConflictErr: return "PageRangeConflictMessage";
-    default: return nullptr;
+    case kPageNumberLimitErr:
+        return "Page Number Limit";
+    case kInvalidPageRangesErr:
+        return "Invalid Page Ranges";
+    case kInvalidRangeOrderErr:
+        return "Invalid Range Order";
+    case kInvalidPageNumbersErr:
+        return "Invalid Page Numbers Message";
+    case kPageRangeConflictErr:
+        return "PageRangeConflictMessage";
+    default:
+        return nullptr;
     }
 }
 

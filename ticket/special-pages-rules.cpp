@@ -70,8 +70,8 @@ OSStatus MakeCoversFromDialog(int32_t option, const Cover* workingFront, const C
     return noErr;
 }
 
-OSStatus CoversDialogOK(SpecialPagesState* state, int32_t option, const Cover* workingFront,
-                        const Cover* workingBack, std::optional<int32_t> inserterSource)
+OSStatus CoversDialogOK(SpecialPagesState* state, int32_t option, const Cover* workingFront, const Cover* workingBack,
+                        std::optional<int32_t> inserterSource)
 {
     if (!state)
         return kPMNoContext;

@@ -45,8 +45,8 @@ OSStatus MakeCoversFromDialog(int32_t option, const Cover* workingFront, const C
                               std::optional<int32_t> inserterSource, CoversDialogResult* result);
 
 // OK of the covers dialog: saves the undo state and puts the covers in place.
-OSStatus CoversDialogOK(SpecialPagesState* state, int32_t option, const Cover* workingFront,
-                        const Cover* workingBack, std::optional<int32_t> inserterSource = std::nullopt);
+OSStatus CoversDialogOK(SpecialPagesState* state, int32_t option, const Cover* workingFront, const Cover* workingBack,
+                        std::optional<int32_t> inserterSource = std::nullopt);
 
 // --- Inserts -------------------------------------------------------------------------------
 
@@ -60,8 +60,8 @@ inline constexpr const char* kInsertBeforePage1TextKey = "InsertBeforePage1Field
 
 struct InsertsDialogInput {
     int32_t placement = kInsertAfterPages;
-    std::string pageText;  // read only for kInsertAfterPages
-    int32_t quantity = 1;  // sheets per insert, 1 or more
+    std::string pageText; // read only for kInsertAfterPages
+    int32_t quantity = 1; // sheets per insert, 1 or more
     Stock stock;
 };
 // "Revert": the default stock of the inserts context, quantity 1, empty field, after pages.
@@ -85,8 +85,8 @@ inline constexpr const char* kExceptionsDialogTitleEditKey = "Edit Exceptions Ti
 
 struct ExceptionsDialogInput {
     std::string pageText;
-    ExceptionPage working;             // the settings every range gets
-    std::optional<std::string> trcText;  // the TRC combo box's text, when it holds a string
+    ExceptionPage working;              // the settings every range gets
+    std::optional<std::string> trcText; // the TRC combo box's text, when it holds a string
 };
 // "Revert": the default stock of the exceptions context, empty field, plex, screen,
 // antialiasing, output colour and image shift mode unset (so the summaries read "use job

@@ -54,10 +54,7 @@ pl::DictPtr SpecialPage::asTicket() const
     return d;
 }
 
-Cover::Cover(const pl::DictPtr& dict) : SpecialPage(dict)
-{
-    readInt32(dict, kSidesImagedField, sidesImaged_);
-}
+Cover::Cover(const pl::DictPtr& dict) : SpecialPage(dict) { readInt32(dict, kSidesImagedField, sidesImaged_); }
 
 pl::DictPtr Cover::asTicket() const
 {
@@ -73,10 +70,7 @@ bool Cover::operator==(const Cover& other) const
     return sidesImaged_ == other.sidesImaged_ && stock() == other.stock();
 }
 
-Insert::Insert(const pl::DictPtr& dict) : SpecialPage(dict)
-{
-    readInt32(dict, kQuantityField, quantity_);
-}
+Insert::Insert(const pl::DictPtr& dict) : SpecialPage(dict) { readInt32(dict, kQuantityField, quantity_); }
 
 pl::DictPtr Insert::asTicket() const
 {
@@ -336,9 +330,8 @@ struct VectorWalk {
     {
         if (!keepsInvariant)
             return 0;
-        auto it = std::partition_point(v.begin(), v.end(), [s](const ExceptionPtr& p) {
-            return asException(p).endPage() < s;
-        });
+        auto it = std::partition_point(v.begin(), v.end(),
+                                       [s](const ExceptionPtr& p) { return asException(p).endPage() < s; });
         return static_cast<size_t>(it - v.begin());
     }
     bool done(size_t i) const { return i >= v.size(); }
@@ -454,10 +447,7 @@ ExceptionPage* ExceptionPageList::pageAtIndex(long i) const
     return static_cast<ExceptionPage*>(SpecialPageList::pageAtIndex(i));
 }
 
-std::unique_ptr<SpecialPageList> ExceptionPageList::clone() const
-{
-    return std::make_unique<ExceptionPageList>(*this);
-}
+std::unique_ptr<SpecialPageList> ExceptionPageList::clone() const { return std::make_unique<ExceptionPageList>(*this); }
 
 OSStatus ExceptionPageList::add(std::span<const SpecialPage* const> pages)
 {
@@ -500,10 +490,7 @@ OSStatus ExceptionPageList::add(std::span<const SpecialPage* const> pages)
 
 namespace {
 
-std::unique_ptr<Cover> cloneCover(const std::unique_ptr<Cover>& c)
-{
-    return c ? std::make_unique<Cover>(*c) : nullptr;
-}
+std::unique_ptr<Cover> cloneCover(const std::unique_ptr<Cover>& c) { return c ? std::make_unique<Cover>(*c) : nullptr; }
 
 } // namespace
 

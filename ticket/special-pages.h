@@ -15,7 +15,6 @@
 
 namespace talmo {
 
-
 // Cover sides imaged ("CoverBlankorPreprinted" ... "CoverPrintSide1And2").
 inline constexpr int32_t kCoverBlankOrPreprinted = 1;
 inline constexpr int32_t kCoverPrintSide1 = 2;
@@ -138,10 +137,7 @@ public:
     virtual OSStatus add(std::span<const SpecialPage* const> pages) = 0;
     virtual std::unique_ptr<SpecialPageList> clone() const = 0;
 
-    template <class T> OSStatus add(const std::vector<std::unique_ptr<T>>& pages)
-    {
-        return add(pointers(pages));
-    }
+    template <class T> OSStatus add(const std::vector<std::unique_ptr<T>>& pages) { return add(pointers(pages)); }
 
     // Removes and deletes the entry; nothing happens when it is not in the list.
     void remove(const SpecialPage* page);

@@ -147,12 +147,11 @@ bool Stock::operator==(const Stock& other) const
 {
     return size_ == other.size_ && width_ == other.width_ && length_ == other.length_ && color_ == other.color_ &&
            type_ == other.type_ && modulus_ == other.modulus_ && weight_ == other.weight_ &&
-           punched_ == other.punched_ && sidesCoated_ == other.sidesCoated_ &&
-           coatingType_ == other.coatingType_ && finish_ == other.finish_ && grain_ == other.grain_ &&
-           customNameOnly_ == other.customNameOnly_ && textsEqual(customColor_, other.customColor_) &&
-           textsEqual(customType_, other.customType_) && textsEqual(description_, other.description_) &&
-           textsEqual(customName_, other.customName_) && textsEqual(comment_, other.comment_) &&
-           source_ == other.source_;
+           punched_ == other.punched_ && sidesCoated_ == other.sidesCoated_ && coatingType_ == other.coatingType_ &&
+           finish_ == other.finish_ && grain_ == other.grain_ && customNameOnly_ == other.customNameOnly_ &&
+           textsEqual(customColor_, other.customColor_) && textsEqual(customType_, other.customType_) &&
+           textsEqual(description_, other.description_) && textsEqual(customName_, other.customName_) &&
+           textsEqual(comment_, other.comment_) && source_ == other.source_;
 }
 
 void Stock::setSize(int32_t v)

@@ -10,10 +10,7 @@ namespace talmo {
 FILE* tpif_ofp = nullptr;
 FILE* tpif_errfp = nullptr;
 
-FILE* TPifDiagStream()
-{
-    return tpif_errfp ? tpif_errfp : stderr;
-}
+FILE* TPifDiagStream() { return tpif_errfp ? tpif_errfp : stderr; }
 
 void DevWriteTpif(void* /*cookie*/, const char* text, size_t /*length*/)
 {
@@ -92,10 +89,7 @@ private:
     size_t len_ = 0;
 };
 
-void sendText(const writeData* sink, const char* text)
-{
-    sink->write(sink->cookie, text, std::strlen(text));
-}
+void sendText(const writeData* sink, const char* text) { sink->write(sink->cookie, text, std::strlen(text)); }
 
 // "\t\t<name syntax=\"keyword\">keyword</name>\n", or an empty text for an unknown value.
 void keywordElement(const writeData* sink, const char* name, const char* keyword)
@@ -120,29 +114,34 @@ template <size_t N> const char* pick(const char* const (&table)[N], int32_t inde
     return index >= 0 && static_cast<size_t>(index) < N ? table[index] : nullptr;
 }
 
-const char* const kOutputBin[] = {"automatic", "top",       "stacker", "side",  "top-1",
+const char* const kOutputBin[] = {"automatic", "top",       "stacker",   "side",  "top-1",
                                   "top-2",     "stacker-1", "stacker-2", "top-1", "stacker-1"};
-const char* const kRenderingIntent[] = {nullptr,     "saturation", "relative-colorimetric", "absolute-colorimetric",
-                                        "perceptual", "pure-text",  "automatic"};
-const char* const kPageDelivery[] = {nullptr, nullptr, "same-order-face-down", "reverse-order-face-up",
-                                     "same-order-face-up", "reverse-order-face-down"};
-const char* const kAdjustNames[] = {"adjust-lightness",    "adjust-contrast",      "adjust-saturation",
-                                    "adjust-cyan-red",     "adjust-magenta-green", "adjust-yellow-blue"};
-const char* const kRenderingNames[] = {"rendering-intent-images", "rendering-intent-text",
-                                       "rendering-intent-graphics"};
+const char* const kRenderingIntent[] = {
+    nullptr, "saturation", "relative-colorimetric", "absolute-colorimetric", "perceptual", "pure-text", "automatic"};
+const char* const kPageDelivery[] = {
+    nullptr, nullptr, "same-order-face-down", "reverse-order-face-up", "same-order-face-up", "reverse-order-face-down"};
+const char* const kAdjustNames[] = {"adjust-lightness", "adjust-contrast",      "adjust-saturation",
+                                    "adjust-cyan-red",  "adjust-magenta-green", "adjust-yellow-blue"};
+const char* const kRenderingNames[] = {"rendering-intent-images", "rendering-intent-text", "rendering-intent-graphics"};
 
-const char* const kHalftone[] = {
-    nullptr,           "85-lpi",          "106-lpi",         "125-lpi",         "134-lpi",
-    "156-lpi",         "200-dpi",         "150-dpi",         "200-lpi",         "300-lpi",
-    "600-lpi",         "300-dpi",         "600-dpi",         "175-dpi",         "stochastic",
-    "53-lpi",          "85-lpi",          "106-lpi",         "71-lpi",          "85-lpi-enhanced",
-    "106-lpi-enhanced", "120-lpi",        "141-lpi",         "56-lpi",          "60-lpi",
-    "107-lpi-normal",  "107-lpi-light",   "107-lpi-dark",    "151-lpi",         "42-lpi",
-    "125-lpi",         "156-lpi",         "54-lpi",          "85-lpi-normal",   "85-lpi-light",
-    "85-lpi-dark",     "106-lpi-normal",  "106-lpi-light",   "106-lpi-dark",    "120-lpi-normal",
-    "120-lpi-light",   "120-lpi-dark",    "125-lpi-normal",  "125-lpi-light",   "125-lpi-dark",
-    "134-lpi-normal",  "134-lpi-light",   "134-lpi-dark",    nullptr,           nullptr,
-    nullptr,           "150-lpi"};
+const char* const kHalftone[] = {nullptr,          "85-lpi",          "106-lpi",
+                                 "125-lpi",        "134-lpi",         "156-lpi",
+                                 "200-dpi",        "150-dpi",         "200-lpi",
+                                 "300-lpi",        "600-lpi",         "300-dpi",
+                                 "600-dpi",        "175-dpi",         "stochastic",
+                                 "53-lpi",         "85-lpi",          "106-lpi",
+                                 "71-lpi",         "85-lpi-enhanced", "106-lpi-enhanced",
+                                 "120-lpi",        "141-lpi",         "56-lpi",
+                                 "60-lpi",         "107-lpi-normal",  "107-lpi-light",
+                                 "107-lpi-dark",   "151-lpi",         "42-lpi",
+                                 "125-lpi",        "156-lpi",         "54-lpi",
+                                 "85-lpi-normal",  "85-lpi-light",    "85-lpi-dark",
+                                 "106-lpi-normal", "106-lpi-light",   "106-lpi-dark",
+                                 "120-lpi-normal", "120-lpi-light",   "120-lpi-dark",
+                                 "125-lpi-normal", "125-lpi-light",   "125-lpi-dark",
+                                 "134-lpi-normal", "134-lpi-light",   "134-lpi-dark",
+                                 nullptr,          nullptr,           nullptr,
+                                 "150-lpi"};
 
 const char* const kMediaTypeKeyword[] = {"stationery", "transparency", "tab-stock", "pre-cut-tabs", "full-cut-tabs",
                                          "labels",     nullptr,        nullptr,     "envelope",     nullptr,
@@ -155,8 +154,8 @@ const char* const kTooth[] = {nullptr, "fine", "medium", "coarse"};
 const char* const kGrain[] = {nullptr, "y-grain", "x-grain"};
 const char* const kCoverType[] = {nullptr, "print-none", "print-front", "print-back", "print-both"};
 
-const char* const kRGBSource[] = {nullptr, "tcc-mode-rgb", "tcc-mode-rgb-gamma1", "Smpte-240m", "sRGB", nullptr,
-                                  "Adobe RGB"};
+const char* const kRGBSource[] = {nullptr, "tcc-mode-rgb", "tcc-mode-rgb-gamma1", "Smpte-240m", "sRGB",
+                                  nullptr, "Adobe RGB"};
 const char* const kCMYKSource[] = {nullptr,
                                    "native-cmyk",
                                    "swop",
@@ -174,11 +173,10 @@ const char* const kCMYKSource[] = {nullptr,
                                    "Commercial CMYK",
                                    "Swop Plus CMYK"};
 
-const char* const kSaveFormat[] = {"application/X-single-page-tiff", "application/X-multi-page-tiff",
-                                   "application/pdf", "application/X-fast-reprint",
-                                   "application/X-fast-reprint-and-dri"};
+const char* const kSaveFormat[] = {"application/X-single-page-tiff", "application/X-multi-page-tiff", "application/pdf",
+                                   "application/X-fast-reprint", "application/X-fast-reprint-and-dri"};
 
-const char* const kHighlightColor[] = {nullptr, "red",    "green", "blue",  "cyan", "magenta", "yellow",
+const char* const kHighlightColor[] = {nullptr,  "red",    "green", "blue",  "cyan", "magenta", "yellow",
                                        "orange", "violet", "pink",  "brown", "gray", "black"};
 const char* const kHighlightMap[] = {nullptr, "none", "single-color", "all-non-black", "all-colors", "hue-match"};
 const char* const kHighlightMismatch[] = {nullptr, "ignore", "hold-job", "cancel-job"};
@@ -295,7 +293,12 @@ int WriteTPifCommands(const writeData* sink, int command, int32_t value)
         keywordElement(sink, "anti-aliasing", pick(aa, value));
         return 0;
     }
-    case 16: case 17: case 18: case 19: case 20: case 21: {
+    case 16:
+    case 17:
+    case 18:
+    case 19:
+    case 20:
+    case 21: {
         const char* name = kAdjustNames[command - 16];
         line.add("\t\t<%s syntax =\"integer\">%d</%s>\n", name, value, name);
         break;
@@ -316,7 +319,9 @@ int WriteTPifCommands(const writeData* sink, int command, int32_t value)
         keywordElement(sink, "black-overprint", pick(overprint, value));
         return 0;
     }
-    case 26: case 27: case 28:
+    case 26:
+    case 27:
+    case 28:
         keywordElement(sink, kRenderingNames[command - 26], pick(kRenderingIntent, value));
         return 0;
     case 29:
@@ -370,63 +375,141 @@ int WriteTPifFinishing(const writeData* sink, const FinishingData& f)
     if (f.staple != kTPifUnset) {
         int32_t v = -1;
         switch (f.staple) {
-        case 0: v = 20; break;
-        case 1: v = 22; break;
-        case 2: v = 21; break;
-        case 3: v = 28; break;
-        case 4: v = 29; break;
-        case 5: v = 31; break;
-        case 6: v = 30; break;
-        case 7: v = 110; break;
-        case 16: v = 32; break;
-        case 17: v = 33; break;
-        case 18: v = 35; break;
-        case 19: v = 34; break;
-        case 20: v = 23; break;
-        default: break;
+        case 0:
+            v = 20;
+            break;
+        case 1:
+            v = 22;
+            break;
+        case 2:
+            v = 21;
+            break;
+        case 3:
+            v = 28;
+            break;
+        case 4:
+            v = 29;
+            break;
+        case 5:
+            v = 31;
+            break;
+        case 6:
+            v = 30;
+            break;
+        case 7:
+            v = 110;
+            break;
+        case 16:
+            v = 32;
+            break;
+        case 17:
+            v = 33;
+            break;
+        case 18:
+            v = 35;
+            break;
+        case 19:
+            v = 34;
+            break;
+        case 20:
+            v = 23;
+            break;
+        default:
+            break;
         }
         value(v);
     }
     if (f.fold != kTPifUnset) {
         int32_t v = -1;
         switch (f.fold) {
-        case 9: v = 3; break;
-        case 10: v = 111; break;
-        case 11: v = 1000; break;
-        case 12: v = 1001; break;
-        case 13: v = 50; break;
-        case 14: v = 52; break;
-        case 15: v = 13; break;
-        case 21: v = 1003; break;
-        case 22: v = 1004; break;
-        case 23: v = 111; break;
-        case 24: v = 110; break;
-        case 25: v = 1011; break;
-        case 26: v = 1008; break;
-        case 27: v = 1000; break;
-        case 28: v = 1005; break;
-        case 29: v = 1001; break;
-        case 30: v = 1012; break;
-        default: break;
+        case 9:
+            v = 3;
+            break;
+        case 10:
+            v = 111;
+            break;
+        case 11:
+            v = 1000;
+            break;
+        case 12:
+            v = 1001;
+            break;
+        case 13:
+            v = 50;
+            break;
+        case 14:
+            v = 52;
+            break;
+        case 15:
+            v = 13;
+            break;
+        case 21:
+            v = 1003;
+            break;
+        case 22:
+            v = 1004;
+            break;
+        case 23:
+            v = 111;
+            break;
+        case 24:
+            v = 110;
+            break;
+        case 25:
+            v = 1011;
+            break;
+        case 26:
+            v = 1008;
+            break;
+        case 27:
+            v = 1000;
+            break;
+        case 28:
+            v = 1005;
+            break;
+        case 29:
+            v = 1001;
+            break;
+        case 30:
+            v = 1012;
+            break;
+        default:
+            break;
         }
         value(v);
     }
     if (f.holePunch != kTPifUnset) {
         int32_t v = -1;
         switch (f.holePunch) {
-        case 31: v = 93; break;
-        case 32: v = 94; break;
-        case 33: v = 96; break;
-        case 34: v = 95; break;
-        default: break;
+        case 31:
+            v = 93;
+            break;
+        case 32:
+            v = 94;
+            break;
+        case 33:
+            v = 96;
+            break;
+        case 34:
+            v = 95;
+            break;
+        default:
+            break;
         }
         value(v);
         int32_t count = -1;
         switch (f.holeCount) {
-        case 35: count = 90; break;
-        case 36: count = 91; break;
-        case 37: count = 92; break;
-        default: break;
+        case 35:
+            count = 90;
+            break;
+        case 36:
+            count = 91;
+            break;
+        case 37:
+            count = 92;
+            break;
+        default:
+            break;
         }
         line.clear();
         if (count >= 0)
@@ -563,11 +646,20 @@ int WriteTPifMedia(const writeData* sink, const MediaData& m)
         const char* front = nullptr;
         const char* back = nullptr;
         switch (m.coatedSides) {
-        case 1: front = back = "none"; break;
-        case 2: front = type, back = "none"; break;
-        case 3: front = back = type; break;
-        case 4: front = "none", back = type; break;
-        default: break;
+        case 1:
+            front = back = "none";
+            break;
+        case 2:
+            front = type, back = "none";
+            break;
+        case 3:
+            front = back = type;
+            break;
+        case 4:
+            front = "none", back = type;
+            break;
+        default:
+            break;
         }
         if (front)
             line.add("\t\t\t<media-front-coating syntax=\"keyword\">%s</media-front-coating>\n", front);
@@ -815,8 +907,7 @@ int WriteTPifJobTypes(const writeData* sink, const JobData& job)
         line.send(sink);
         line.clear();
         if (const char* format = pick(kSaveFormat, job.saveFormat))
-            line.add("\t\t\t\t\t<save-document-format syntax=\"mimeMediaType\">%s</save-document-format>\n",
-                     format);
+            line.add("\t\t\t\t\t<save-document-format syntax=\"mimeMediaType\">%s</save-document-format>\n", format);
         line.add("\t\t\t\t</value>\n\t\t\t</save-info>\n");
         line.send(sink);
         break;
@@ -845,8 +936,7 @@ int WriteTPifOpAttrib(const writeData* sink, std::string_view jobName, std::stri
 
 namespace {
 
-void customColor(const writeData* sink, const char* name, const char* customName,
-                 const HighlightColorData::Custom& c)
+void customColor(const writeData* sink, const char* name, const char* customName, const HighlightColorData::Custom& c)
 {
     Line line;
     line.add("\t\t<%s syntax=\"name\" xml:space=\"preserve\">talmo-custom-color-%d</%s>\n", name, c.slot, name);

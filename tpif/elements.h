@@ -50,7 +50,7 @@ struct MediaData {
     std::optional<std::string> customColorName;
     std::optional<std::string> description;
     int32_t weight = kTPifUnset;
-    uint32_t width = 0;  // hundredths of a millimetre
+    uint32_t width = 0; // hundredths of a millimetre
     uint32_t length = 0;
     int32_t tooth = kTPifUnset;       // 1 fine, 2 medium, 3 coarse
     int32_t grain = kTPifUnset;       // 1 y-grain, 2 x-grain

@@ -72,29 +72,34 @@ struct OneToOne {
 const std::unordered_map<std::string_view, OneToOne>& oneToOneTable()
 {
     static const std::unordered_map<std::string_view, OneToOne> table = {
-        {"OutputColor", {".color-effects-type", "com.talmo.print.FinishingOutputColor", "OutputColor",
-                         _TPIFColorEffectsMap, Dest::Top}},
+        {"OutputColor",
+         {".color-effects-type", "com.talmo.print.FinishingOutputColor", "OutputColor", _TPIFColorEffectsMap,
+          Dest::Top}},
         {"Duplex", {".sides", "com.talmo.print.FinishingDuplex", "SidesImaged", _TPIFSidesMap, Dest::Top}},
         {"OutputDestination",
          {".output-bin", "com.talmo.print.FinishingOutputDestination", nullptr, _TPIFOutputDestinationMap, Dest::Top}},
-        {"SlipSheets", {".separator-sheets.separator-sheets-type", "com.talmo.print.FinishingSlipSheet", nullptr,
-                        _TPIFSlipSheetMap, Dest::Top}},
-        {"HalftoneScreen", {".halftone-graphics", "com.talmo.print.HalftoneScreen", "HalftoneScreen",
-                            _TPIFHalftoneScreenMap, Dest::Top}},
-        {"LightenDarken", {".adjust-bw-darkness-value", "com.talmo.print.LightenDarken", "LightenDarken",
-                           _TPIFLightenDarkenMap, Dest::Top}},
+        {"SlipSheets",
+         {".separator-sheets.separator-sheets-type", "com.talmo.print.FinishingSlipSheet", nullptr, _TPIFSlipSheetMap,
+          Dest::Top}},
+        {"HalftoneScreen",
+         {".halftone-graphics", "com.talmo.print.HalftoneScreen", "HalftoneScreen", _TPIFHalftoneScreenMap, Dest::Top}},
+        {"LightenDarken",
+         {".adjust-bw-darkness-value", "com.talmo.print.LightenDarken", "LightenDarken", _TPIFLightenDarkenMap,
+          Dest::Top}},
         {"Antialiasing",
          {".anti-aliasing", "com.talmo.print.Antialiasing", "Antialiasing", _TPIFAntialiasingMap, Dest::Top}},
-        {"Rotation", {".page-rotation", "com.talmo.print.AdvancedRotateImage180", nullptr, _TPIFRotationMap, Dest::Top}},
-        {"DravikEmulation", {".adjust-bw-darkness-mode", "com.talmo.print.DravikEmulation", nullptr,
-                             _TPIFDravikEmulationMap, Dest::Top}},
+        {"Rotation",
+         {".page-rotation", "com.talmo.print.AdvancedRotateImage180", nullptr, _TPIFRotationMap, Dest::Top}},
+        {"DravikEmulation",
+         {".adjust-bw-darkness-mode", "com.talmo.print.DravikEmulation", nullptr, _TPIFDravikEmulationMap, Dest::Top}},
         {"OutputOrder", {".page-delivery", "com.talmo.print.OutputOrder", nullptr, _TPIFOutputOrderMap, Dest::Top}},
-        {"OPISubstitution", {".opi-image-insertion", "com.talmo.print.OPISubsitution", nullptr,
-                             _TPIFOPISubstitutionMap, Dest::Top}},
+        {"OPISubstitution",
+         {".opi-image-insertion", "com.talmo.print.OPISubsitution", nullptr, _TPIFOPISubstitutionMap, Dest::Top}},
         {"OPIPrescan", {".opi-image-pre-scan", "com.talmo.print.OPIPrescan", nullptr, _TPIFOPIPrescanMap, Dest::Top}},
         {"BannerMessage", {".job-sheet-message", "com.talmo.print.JobNotesSheetMessage", nullptr, nullptr, Dest::Top}},
         {"RecipientName", {".job-recipient-name", "com.talmo.print.JobNotesRecipient", nullptr, nullptr, Dest::Top}},
-        {"JobStartMessage", {".job-message-to-operator", "com.talmo.print.JobNotesMessage", nullptr, nullptr, Dest::Top}},
+        {"JobStartMessage",
+         {".job-message-to-operator", "com.talmo.print.JobNotesMessage", nullptr, nullptr, Dest::Top}},
         {"AdditionalNotes",
          {".job-accounting-data", "com.talmo.print.JobNotesAdditionalInfo", nullptr, nullptr, Dest::Top}},
         {"JobName", {".job-name", "com.talmo.print.JobNotesJobName", nullptr, nullptr, Dest::Top}},
@@ -106,8 +111,9 @@ const std::unordered_map<std::string_view, OneToOne>& oneToOneTable()
         {"StockFinish", {".media-col.media-tooth", "Finish", "Finish", _TPIFMediaFinishMap, Dest::Stock}},
 
         {"SaveJob", {".job-save-disposition.save-disposition", "JobType", nullptr, _TPIFJobTypeMap, Dest::JobType}},
-        {"SaveJobFormat", {".job-save-disposition.save-info.value.save-document-format", "MediaType", nullptr,
-                           _TPIFSaveFormatMap, Dest::JobType}},
+        {"SaveJobFormat",
+         {".job-save-disposition.save-info.value.save-document-format", "MediaType", nullptr, _TPIFSaveFormatMap,
+          Dest::JobType}},
         {"SaveJobLocation",
          {".job-save-disposition.save-info.value.save-location", "SavedJobLocation", nullptr, nullptr, Dest::JobType}},
         {"SaveJobName",
@@ -124,14 +130,16 @@ const std::unordered_map<std::string_view, OneToOne>& oneToOneTable()
           Dest::Highlight}},
 
         {"ColorTRC", {".trc.trc-name", "FCTRC", "FCTRC", nullptr, Dest::FullColor}},
-        {"ColorOutputGraphicRendering", {".rendering-intent-graphics", "GraphicRendering", "GraphicRendering",
-                                         _TPIFRenderingIntentMap, Dest::FullColor}},
+        {"ColorOutputGraphicRendering",
+         {".rendering-intent-graphics", "GraphicRendering", "GraphicRendering", _TPIFRenderingIntentMap,
+          Dest::FullColor}},
         {"ColorOutputTextRendering",
          {".rendering-intent-text", "TextRendering", "TextRendering", _TPIFRenderingIntentMap, Dest::FullColor}},
         {"ColorOutputImageRendering",
          {".rendering-intent-images", "ImageRendering", "ImageRendering", _TPIFRenderingIntentMap, Dest::FullColor}},
-        {"ColorOutputProfile", {".color-destination-profile-front", "DestinationProfile", "DestinationProfile",
-                                _TPIFDestinationProfileMap, Dest::FullColor}},
+        {"ColorOutputProfile",
+         {".color-destination-profile-front", "DestinationProfile", "DestinationProfile", _TPIFDestinationProfileMap,
+          Dest::FullColor}},
         {"ColorLightness", {".adjust-lightness", "FCLightness", "FCLightness", nullptr, Dest::FullColor}},
         {"ColorSaturation", {".adjust-saturation", "FCSaturation", "FCSaturation", nullptr, Dest::FullColor}},
         {"ColorContrast", {".adjust-contrast", "FCContrast", "FCContrast", nullptr, Dest::FullColor}},
@@ -139,16 +147,17 @@ const std::unordered_map<std::string_view, OneToOne>& oneToOneTable()
         {"ColorCastMagentaGreen",
          {".adjust-magenta-green", "FCMagentaGreen", "FCMagentaGreen", nullptr, Dest::ColorCast}},
         {"ColorCastYellowBlue", {".adjust-yellow-blue", "FCYellowBlue", "FCYellowBlue", nullptr, Dest::ColorCast}},
-        {"ColorRGBSourceProfileImages", {".undefined-source-rgb-images", "RGBImagesProfile", "RGBImagesProfile",
-                                         _TPIFRGBSourceMap, Dest::FullColor}},
+        {"ColorRGBSourceProfileImages",
+         {".undefined-source-rgb-images", "RGBImagesProfile", "RGBImagesProfile", _TPIFRGBSourceMap, Dest::FullColor}},
         {"ColorRGBSourceProfileTextAndGraphics",
          {".undefined-source-rgb-text", "RGBTextAndGraphicsProfile", "RGBTextAndGraphicsProfile", _TPIFRGBSourceMap,
           Dest::FullColor}},
-        {"ColorCMYKSourceProfileImages", {".undefined-source-cmyk-images", "CMYKImagesProfile", "CMYKImagesProfile",
-                                          _TPIFCMYKSourceMap, Dest::FullColor}},
+        {"ColorCMYKSourceProfileImages",
+         {".undefined-source-cmyk-images", "CMYKImagesProfile", "CMYKImagesProfile", _TPIFCMYKSourceMap,
+          Dest::FullColor}},
         {"ColorCMYKSourceProfileTextAndGraphics",
-         {".undefined-source-cmyk-text", "CMYKTextAndGraphicsProfile", "CMYKTextAndGraphicsProfile",
-          _TPIFCMYKSourceMap, Dest::FullColor}},
+         {".undefined-source-cmyk-text", "CMYKTextAndGraphicsProfile", "CMYKTextAndGraphicsProfile", _TPIFCMYKSourceMap,
+          Dest::FullColor}},
         {"ColorGraySourceProfileImages",
          {".undefined-source-gray-images", "GrayImagesProfile", "GrayImagesProfile", nullptr, Dest::FullColor}},
         {"ColorGraySourceProfileTextAndGraphics",
@@ -178,14 +187,20 @@ pl::DictPtr destination(_TPIFImportFeatureContext& c, Dest dest)
 {
     const bool job = c.jobContext == kJob;
     switch (dest) {
-    case Dest::Top: return c.dictionary;
-    case Dest::Stock: return subDict(c.dictionary, job ? "com.talmo.print.JobLevelStock" : "Stock");
-    case Dest::JobType: return job ? subDict(c.dictionary, "com.talmo.print.JobType") : nullptr;
+    case Dest::Top:
+        return c.dictionary;
+    case Dest::Stock:
+        return subDict(c.dictionary, job ? "com.talmo.print.JobLevelStock" : "Stock");
+    case Dest::JobType:
+        return job ? subDict(c.dictionary, "com.talmo.print.JobType") : nullptr;
     case Dest::Highlight:
         return subDict(c.dictionary, job ? "com.talmo.print.HighlightColorOptionsJob" : "HighlightColorOptionsPage");
-    case Dest::FullColor: return subDict(c.dictionary, job ? "com.talmo.print.FullColorOptions" : "FullColorOptionsPage");
-    case Dest::ColorCast: return subDict(destination(c, Dest::FullColor), "FCColorCast");
-    case Dest::Forms: return job ? subDict(c.dictionary, "com.talmo.print.BackgroundFormsOptions") : nullptr;
+    case Dest::FullColor:
+        return subDict(c.dictionary, job ? "com.talmo.print.FullColorOptions" : "FullColorOptionsPage");
+    case Dest::ColorCast:
+        return subDict(destination(c, Dest::FullColor), "FCColorCast");
+    case Dest::Forms:
+        return job ? subDict(c.dictionary, "com.talmo.print.BackgroundFormsOptions") : nullptr;
     }
     return nullptr;
 }

@@ -37,8 +37,8 @@ void refuseUnparsedEntity(void* ctx, const xmlChar*, const xmlChar*, const xmlCh
     refuseEntity(ctx, nullptr, 0, nullptr, nullptr, nullptr);
 }
 
-void quiet(void*, const char*, ...) {}
-void quietStructured(void*, xmlErrorPtr) {}
+void quiet(void*, const char*, ...) { }
+void quietStructured(void*, xmlErrorPtr) { }
 
 // The system's own documents close the account id element with "</job-accounting-id>", which
 // its printers expect and no XML parser accepts. That exact closing tag is mended in place
@@ -96,8 +96,8 @@ TPIFDocument parse(std::string text, std::string* why)
     xmlGenericErrorFunc oldGeneric = xmlGenericError;
     void* oldGenericCtx = xmlGenericErrorContext;
     xmlSetGenericErrorFunc(nullptr, quiet);
-    TPIFDocument doc(xmlCtxtReadMemory(ctxt.get(), text.data(), static_cast<int>(text.size()), "tpif.xml", nullptr,
-                                       options));
+    TPIFDocument doc(
+        xmlCtxtReadMemory(ctxt.get(), text.data(), static_cast<int>(text.size()), "tpif.xml", nullptr, options));
     xmlSetGenericErrorFunc(oldGenericCtx, oldGeneric);
 
     if (state.declaresEntity) {
@@ -141,7 +141,7 @@ TPIFDocument TPIFReadDocument(const std::string& path, std::string* why)
         setWhy(why, std::strerror(errno));
         return nullptr;
     }
-    struct stat st {};
+    struct stat st { };
     if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
         ::close(fd);
         setWhy(why, "not a regular file");

@@ -12,7 +12,10 @@ namespace talmo {
 
 // ---- keyword maps ----
 
-#define END {nullptr, 0}
+#define END                                                                                                            \
+    {                                                                                                                  \
+        nullptr, 0                                                                                                     \
+    }
 const _TPIFKeywordMap _TPIFColorEffectsMap[] = {{"Color", 2}, {"Grayscale", 1}, END};
 const _TPIFKeywordMap _TPIFSidesMap[] = {
     {"PrinterDefault", kNotSet}, {"Simplex", 1}, {"DuplexLong", 2}, {"DuplexShort", 3}, END};
@@ -20,38 +23,76 @@ const _TPIFKeywordMap _TPIFOutputDestinationMap[] = {
     {"PrinterDefault", kNotSet}, {"Auto", 1}, {"Top", 3}, {"Main", 4}, END};
 const _TPIFKeywordMap _TPIFMediaWeightMetricMap[] = {{"PrinterDefault", kNotSet}, END};
 const _TPIFKeywordMap _TPIFMediaColorMap[] = {
-    {"White", 1}, {"Blue", 2},  {"Yellow", 3}, {"Green", 4},     {"Pink", 5}, {"Clear", 6},
-    {"Ivory", 11}, {"Gray", 12}, {"Buff", 7},   {"Goldenrod", 8}, {"Red", 9},  {"Orange", 13}, END};
-const _TPIFKeywordMap _TPIFMediaTypeMap[] = {{"Plain", 1},      {"Transparency", 2}, {"Labels", 9},
-                                             {"PrecutTab", 4},  {"FullCutTab", 5},   {"Envelope", 8}, END};
+    {"White", 1}, {"Blue", 2}, {"Yellow", 3},    {"Green", 4}, {"Pink", 5},    {"Clear", 6}, {"Ivory", 11},
+    {"Gray", 12}, {"Buff", 7}, {"Goldenrod", 8}, {"Red", 9},   {"Orange", 13}, END};
+const _TPIFKeywordMap _TPIFMediaTypeMap[] = {
+    {"Plain", 1}, {"Transparency", 2}, {"Labels", 9}, {"PrecutTab", 4}, {"FullCutTab", 5}, {"Envelope", 8}, END};
 const _TPIFKeywordMap _TPIFMediaGrainMap[] = {{"Long", 1}, {"Short", 2}, END};
 const _TPIFKeywordMap _TPIFMediaFinishMap[] = {{"Smooth", 1}, {"Regular", 2}, {"Coarse", 3}, END};
-const _TPIFKeywordMap _TPIFMediaCoatingTypeMap[] = {
-    {"Gloss", 1}, {"HighGloss", 2}, {"SemiGloss", 3}, {"Satin", 4}, {"Matte", 5}, END};
+const _TPIFKeywordMap _TPIFMediaCoatingTypeMap[] = {{"Gloss", 1}, {"HighGloss", 2}, {"SemiGloss", 3},
+                                                    {"Satin", 4}, {"Matte", 5},     END};
 const _TPIFKeywordMap _TPIFJobTypeMap[] = {{"Save", 3}, {"SaveAndPrint", 4}, {"Hold", 2}, END};
-const _TPIFKeywordMap _TPIFSaveFormatMap[] = {
-    {"FastReprint", 4}, {"FastReprintDRI", 5}, {"PDF", 3}, {"TIFFMultiPage", 2}, {"TIFFSinglePage", 1}, END};
+const _TPIFKeywordMap _TPIFSaveFormatMap[] = {{"FastReprint", 4},   {"FastReprintDRI", 5}, {"PDF", 3},
+                                              {"TIFFMultiPage", 2}, {"TIFFSinglePage", 1}, END};
 const _TPIFKeywordMap _TPIFSlipSheetMap[] = {{"PrinterDefault", kNotSet}, {"Enabled", 2}, END};
 // "54lpi" deliberately imports as the printer default.
-const _TPIFKeywordMap _TPIFHalftoneScreenMap[] = {
-    {"PrinterDefault", kNotSet}, {"42lpi", 29},       {"53lpi", 15},       {"54lpi", kNotSet}, {"56lpi", 23},
-    {"60lpi", 24},               {"71lpi", 18},       {"85lpi", 16},       {"85lpi+", 19},     {"106lpi", 17},
-    {"106lpi+", 20},             {"120lpi", 21},      {"125lpi", 30},      {"134lpi", 4},      {"141lpi", 22},
-    {"156lpi", 31},              {"150dpi", 7},       {"175dpi", 13},      {"200dpi", 6},      {"300dpi", 11},
-    {"600dpi", 12},              {"200lpi", 8},       {"300lpi", 9},       {"600lpi", 10},     {"Stochastic", 14},
-    {"107lpiNormal", 25},        {"107lpiLight", 26}, {"107lpiDark", 27},  END};
+const _TPIFKeywordMap _TPIFHalftoneScreenMap[] = {{"PrinterDefault", kNotSet},
+                                                  {"42lpi", 29},
+                                                  {"53lpi", 15},
+                                                  {"54lpi", kNotSet},
+                                                  {"56lpi", 23},
+                                                  {"60lpi", 24},
+                                                  {"71lpi", 18},
+                                                  {"85lpi", 16},
+                                                  {"85lpi+", 19},
+                                                  {"106lpi", 17},
+                                                  {"106lpi+", 20},
+                                                  {"120lpi", 21},
+                                                  {"125lpi", 30},
+                                                  {"134lpi", 4},
+                                                  {"141lpi", 22},
+                                                  {"156lpi", 31},
+                                                  {"150dpi", 7},
+                                                  {"175dpi", 13},
+                                                  {"200dpi", 6},
+                                                  {"300dpi", 11},
+                                                  {"600dpi", 12},
+                                                  {"200lpi", 8},
+                                                  {"300lpi", 9},
+                                                  {"600lpi", 10},
+                                                  {"Stochastic", 14},
+                                                  {"107lpiNormal", 25},
+                                                  {"107lpiLight", 26},
+                                                  {"107lpiDark", 27},
+                                                  END};
 const _TPIFKeywordMap _TPIFLightenDarkenMap[] = {{"PrinterDefault", kNotSet}, END};
 const _TPIFKeywordMap _TPIFAntialiasingMap[] = {{"PrinterDefault", kNotSet}, {"Disabled", 1}, {"Enabled", 2}, END};
 const _TPIFKeywordMap _TPIFRotationMap[] = {{"PrinterDefault", 0}, {"0", 1}, {"180", 2}, END};
 
-const _TPIFKeywordMap _TPIFStapleMap[] = {
-    {"1StapleTopLeft", 5}, {"1StapleBottomLeft", 6}, {"1StapleTopRight", 7}, {"1StapleBottomRight", 8},
-    {"2StaplesLeft", 10},  {"2StaplesTop", 11},      {"2StaplesBottom", 12}, {"2StaplesRight", 13},
-    {"1StapleLeft", 26},   {"1StapleTop", 27},       {"1StapleBottom", 28},  {"1StapleRight", 29}, END};
-const _TPIFKeywordMap _TPIFFoldMap[] = {
-    {"BiFoldSingleInside", 41}, {"BiFoldSingleOutside", 42}, {"BiFoldMultiple", 43}, {"CFoldInside", 45},
-    {"CFoldOutside", 46},       {"ZFoldInside", 47},         {"ZFoldOutside", 48},   {"ZFoldHalfLeft", 38},
-    {"ZFoldHalfRight", 39},     {"BiFoldMultipleAndStaple", 8}, END};
+const _TPIFKeywordMap _TPIFStapleMap[] = {{"1StapleTopLeft", 5},
+                                          {"1StapleBottomLeft", 6},
+                                          {"1StapleTopRight", 7},
+                                          {"1StapleBottomRight", 8},
+                                          {"2StaplesLeft", 10},
+                                          {"2StaplesTop", 11},
+                                          {"2StaplesBottom", 12},
+                                          {"2StaplesRight", 13},
+                                          {"1StapleLeft", 26},
+                                          {"1StapleTop", 27},
+                                          {"1StapleBottom", 28},
+                                          {"1StapleRight", 29},
+                                          END};
+const _TPIFKeywordMap _TPIFFoldMap[] = {{"BiFoldSingleInside", 41},
+                                        {"BiFoldSingleOutside", 42},
+                                        {"BiFoldMultiple", 43},
+                                        {"CFoldInside", 45},
+                                        {"CFoldOutside", 46},
+                                        {"ZFoldInside", 47},
+                                        {"ZFoldOutside", 48},
+                                        {"ZFoldHalfLeft", 38},
+                                        {"ZFoldHalfRight", 39},
+                                        {"BiFoldMultipleAndStaple", 8},
+                                        END};
 const _TPIFKeywordMap _TPIFPunchLocationMap[] = {{"Left", 32}, {"Top", 33}, {"Bottom", 34}, {"Right", 35}, END};
 const _TPIFKeywordMap _TPIFPunchCountMap[] = {{"Two", 3}, {"Three", 4}, {"Four", 5}, END};
 const _TPIFKeywordMap _TPIFBindMap[] = {{"Left", 15}, {"Right", 16}, END};
@@ -61,30 +102,51 @@ const _TPIFKeywordMap _TPIFResolutionMap[] = {{"300x300", 1}, {"600x600", 2}, {"
 const _TPIFKeywordMap _TPIFTonerSaverMap[] = {{"Off", 0}, {"On", 1}, END};
 const _TPIFKeywordMap _TPIFOffsetMap[] = {{"None", 2}, {"Set", 3}, {"Subset", 4}, END};
 const _TPIFKeywordMap _TPIFDravikEmulationMap[] = {{"Normal", 2}, {"Dravik180", 3}, END};
-const _TPIFKeywordMap _TPIFOutputOrderMap[] = {{"SameOrderFaceDown", 2},
-                                               {"ReverseOrderFaceUp", 3},
-                                               {"SameOrderFaceUp", 4},
-                                               {"ReverseOrderFaceDown", 5},
-                                               END};
+const _TPIFKeywordMap _TPIFOutputOrderMap[] = {
+    {"SameOrderFaceDown", 2}, {"ReverseOrderFaceUp", 3}, {"SameOrderFaceUp", 4}, {"ReverseOrderFaceDown", 5}, END};
 const _TPIFKeywordMap _TPIFOPISubstitutionMap[] = {{"Insert", 2}, {"DoNotInsert", 3}, END};
 const _TPIFKeywordMap _TPIFOPIPrescanMap[] = {{"None", 2}, {"Scan", 3}, {"Gather", 4}, END};
-const _TPIFKeywordMap _TPIFHighlightColorMap[] = {
-    {"Red", 1},    {"Green", 2},   {"Blue", 3}, {"Cyan", 4},  {"Magenta", 5}, {"Yellow", 6},
-    {"Orange", 7}, {"Violet", 8},  {"Pink", 9}, {"Brown", 10}, {"Gray", 11},   {"Black", 12}, END};
-const _TPIFKeywordMap _TPIFHighlightMapMap[] = {
-    {"None", 1}, {"SingleColor", 2}, {"AllNonBlack", 3}, {"AllColors", 4}, {"HueMatch", 5}, END};
+const _TPIFKeywordMap _TPIFHighlightColorMap[] = {{"Red", 1},
+                                                  {"Green", 2},
+                                                  {"Blue", 3},
+                                                  {"Cyan", 4},
+                                                  {"Magenta", 5},
+                                                  {"Yellow", 6},
+                                                  {"Orange", 7},
+                                                  {"Violet", 8},
+                                                  {"Pink", 9},
+                                                  {"Brown", 10},
+                                                  {"Gray", 11},
+                                                  {"Black", 12},
+                                                  END};
+const _TPIFKeywordMap _TPIFHighlightMapMap[] = {{"None", 1},      {"SingleColor", 2}, {"AllNonBlack", 3},
+                                                {"AllColors", 4}, {"HueMatch", 5},    END};
 const _TPIFKeywordMap _TPIFHighlightMismatchMap[] = {{"Ignore", 1}, {"HoldJob", 2}, {"CancelJob", 3}, END};
-const _TPIFKeywordMap _TPIFRenderingIntentMap[] = {{"Saturation", 1}, {"RelativeColorimetric", 2},
-                                                   {"AbsoluteColorimetric", 3}, {"Perceptual", 4},
-                                                   {"PureText", 5}, {"Automatic", 6}, END};
+const _TPIFKeywordMap _TPIFRenderingIntentMap[] = {{"Saturation", 1},
+                                                   {"RelativeColorimetric", 2},
+                                                   {"AbsoluteColorimetric", 3},
+                                                   {"Perceptual", 4},
+                                                   {"PureText", 5},
+                                                   {"Automatic", 6},
+                                                   END};
 const _TPIFKeywordMap _TPIFDestinationProfileMap[] = {{"SystemSpecified", 1}, END};
 const _TPIFKeywordMap _TPIFRGBSourceMap[] = {
     {"TccModeRGB", 1}, {"TccModeRGBGamma1", 2}, {"Smpte240m", 3}, {"sRGB", 4}, END};
-const _TPIFKeywordMap _TPIFCMYKSourceMap[] = {
-    {"NativeCMYK", 1},           {"SWOP", 2},                 {"FOGRAGlossCoated", 4},    {"FOGRAMatteCoated", 5},
-    {"FOGRAUncoated", 6},        {"JapanColor2001Plus", 7},   {"JapanColor2001Type1", 8}, {"JapanColor2001Type2", 9},
-    {"JapanColor2001Type3", 10}, {"JapanColor2001Type4", 11}, {"FOGRAWebOffset", 12},     {"FOGRAPlus", 13},
-    {"CommercialCMYK", 14},      {"SWOPPlus", 15},            END};
+const _TPIFKeywordMap _TPIFCMYKSourceMap[] = {{"NativeCMYK", 1},
+                                              {"SWOP", 2},
+                                              {"FOGRAGlossCoated", 4},
+                                              {"FOGRAMatteCoated", 5},
+                                              {"FOGRAUncoated", 6},
+                                              {"JapanColor2001Plus", 7},
+                                              {"JapanColor2001Type1", 8},
+                                              {"JapanColor2001Type2", 9},
+                                              {"JapanColor2001Type3", 10},
+                                              {"JapanColor2001Type4", 11},
+                                              {"FOGRAWebOffset", 12},
+                                              {"FOGRAPlus", 13},
+                                              {"CommercialCMYK", 14},
+                                              {"SWOPPlus", 15},
+                                              END};
 const _TPIFKeywordMap _TPIFTrappingMap[] = {{"All", 1}, {"Off", 2}, END};
 const _TPIFKeywordMap _TPIFBlackOverprintMap[] = {{"On", 1}, {"Off", 2}, END};
 const _TPIFKeywordMap _TPIFCoverTypeMap[] = {

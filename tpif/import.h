@@ -102,12 +102,12 @@ pl::ValuePtr TPIFImportNodeValue(xmlNodePtr node, std::string_view syntax, const
 // JobContext of the entries being imported: 0 the job, 2 covers, 3 inserts, 4 exception pages.
 struct _TPIFImportFeatureContext {
     xmlDocPtr document = nullptr;
-    xmlNodePtr start = nullptr;    // first child of the group or entry being imported
-    pl::DictPtr dictionary;        // the imported job ticket, or the entry being built
-    int64_t index = 0;             // of the feature being imported
-    int64_t count = 0;             // features in the list
+    xmlNodePtr start = nullptr; // first child of the group or entry being imported
+    pl::DictPtr dictionary;     // the imported job ticket, or the entry being built
+    int64_t index = 0;          // of the feature being imported
+    int64_t count = 0;          // features in the list
     int jobContext = 0;
-    pl::ArrayPtr features;         // the list, applied again inside page entries
+    pl::ArrayPtr features; // the list, applied again inside page entries
 };
 
 void TPIFImportFeature(const pl::DictPtr& feature, _TPIFImportFeatureContext& context);

@@ -25,16 +25,22 @@ namespace {
 
 class Summary {
 public:
-    Summary(std::vector<std::string>& lines, const LabelLookup& label) : lines_(lines), label_(label) {}
+    Summary(std::vector<std::string>& lines, const LabelLookup& label) : lines_(lines), label_(label) { }
 
     std::string L(std::string_view key) const { return label_ ? label_(key) : std::string(kStringNotFound); }
     // A localized value for a key that may be missing (no row for the stored value).
     std::string L(const char* key) const { return key ? L(std::string_view(key)) : std::string(kStringNotFound); }
 
     void title(std::string_view key) { lines_.push_back(L(key)); }
-    void item(std::string_view label, const std::string& value) { lines_.push_back("\t\t" + L(label) + L(":") + value); }
+    void item(std::string_view label, const std::string& value)
+    {
+        lines_.push_back("\t\t" + L(label) + L(":") + value);
+    }
     void subHeading(std::string_view label) { lines_.push_back("\t\t" + L(label) + L(":")); }
-    void subItem(std::string_view label, const std::string& value) { lines_.push_back("\t\t\t" + L(label) + " = " + value); }
+    void subItem(std::string_view label, const std::string& value)
+    {
+        lines_.push_back("\t\t\t" + L(label) + " = " + value);
+    }
     void listItem(const std::string& text) { lines_.push_back("\t\t\t" + text); }
     void end() { lines_.push_back(" "); }
 
@@ -96,11 +102,16 @@ std::string stockLabel(const Summary& s, StockTable table, int64_t v)
         return s.L(nullptr);
     const auto value = static_cast<int32_t>(v);
     switch (table) {
-    case StockTable::Size: return s.L(LocalizedKeyForPaperSizeTicketValue(CompleteStockSizeMap, value));
-    case StockTable::Color: return s.L(LocalizedKeyForTicketValue(_CompleteStockColorMap, value));
-    case StockTable::Type: return s.L(LocalizedKeyForTicketValue(_CompleteStockTypeMap, value));
-    case StockTable::SidesCoated: return s.L(LocalizedKeyForTicketValue(_SidesCoatedMap, value));
-    case StockTable::CoatingType: return s.L(LocalizedKeyForTicketValue(_CoatingTypeMap, value));
+    case StockTable::Size:
+        return s.L(LocalizedKeyForPaperSizeTicketValue(CompleteStockSizeMap, value));
+    case StockTable::Color:
+        return s.L(LocalizedKeyForTicketValue(_CompleteStockColorMap, value));
+    case StockTable::Type:
+        return s.L(LocalizedKeyForTicketValue(_CompleteStockTypeMap, value));
+    case StockTable::SidesCoated:
+        return s.L(LocalizedKeyForTicketValue(_SidesCoatedMap, value));
+    case StockTable::CoatingType:
+        return s.L(LocalizedKeyForTicketValue(_CoatingTypeMap, value));
     }
     return s.L(nullptr);
 }
@@ -144,15 +155,32 @@ void jobSetup(Summary& s, const pl::DictPtr& t)
 std::pair<const char*, const char*> positions(int64_t v)
 {
     switch (v) {
-    case 5: return {"Portrait - Top Left", "Landscape - Top Right"};
-    case 6: return {"Portrait - Bottom Left", "Landscape - Top Left"};
-    case 7: return {"Portrait - Top Right", "Landscape - Bottom Right"};
-    case 8: return {"Portrait - Bottom Right", "Landscape - Bottom Left"};
-    case 10: case 26: case 32: return {"Portrait - Left", "Landscape - Top"};
-    case 11: case 27: case 33: return {"Portrait - Top", "Landscape - Right"};
-    case 12: case 28: case 34: return {"Portrait - Bottom", "Landscape - Left"};
-    case 13: case 29: case 35: return {"Portrait - Right", "Landscape - Bottom"};
-    default: return {nullptr, nullptr};
+    case 5:
+        return {"Portrait - Top Left", "Landscape - Top Right"};
+    case 6:
+        return {"Portrait - Bottom Left", "Landscape - Top Left"};
+    case 7:
+        return {"Portrait - Top Right", "Landscape - Bottom Right"};
+    case 8:
+        return {"Portrait - Bottom Right", "Landscape - Bottom Left"};
+    case 10:
+    case 26:
+    case 32:
+        return {"Portrait - Left", "Landscape - Top"};
+    case 11:
+    case 27:
+    case 33:
+        return {"Portrait - Top", "Landscape - Right"};
+    case 12:
+    case 28:
+    case 34:
+        return {"Portrait - Bottom", "Landscape - Left"};
+    case 13:
+    case 29:
+    case 35:
+        return {"Portrait - Right", "Landscape - Bottom"};
+    default:
+        return {nullptr, nullptr};
     }
 }
 
@@ -170,22 +198,44 @@ void output(Summary& s, const pl::DictPtr& t)
     if (choice && *choice != kNotSet && *choice != 0) {
         const char* name = nullptr;
         switch (*choice) {
-        case 1: name = "None"; break;
-        case 3: name = "SignatureBookletMaker"; break;
-        case 14: name = "Bind"; break;
-        case 18: name = pick({{19, "FoldCFold"}, {20, "FoldZFold"}}, fold); break;
+        case 1:
+            name = "None";
+            break;
+        case 3:
+            name = "SignatureBookletMaker";
+            break;
+        case 14:
+            name = "Bind";
+            break;
+        case 18:
+            name = pick({{19, "FoldCFold"}, {20, "FoldZFold"}}, fold);
+            break;
         case 24:
             name = detail("com.talmo.print.BookletFoldStaple") == 8 ? "BookletFoldStaple" : "BookletFold";
             break;
-        case 30: case 32: case 33: case 34: case 35: name = "HolePunch"; break;
-        case 36: name = zfoldName; break;
+        case 30:
+        case 32:
+        case 33:
+        case 34:
+        case 35:
+            name = "HolePunch";
+            break;
+        case 36:
+            name = zfoldName;
+            break;
         case 40:
-            name = pick({{41, "BiFoldSingleInside"}, {42, "BiFoldSingleOutside"}, {43, "BiFoldMultipleInside"},
-                         {44, "BiFoldMultipleOutside"}, {45, "CTriFoldInside"}, {46, "CTriFoldOutside"},
-                         {47, "ZTriFoldInside"}, {48, "ZTriFoldOutside"}},
+            name = pick({{41, "BiFoldSingleInside"},
+                         {42, "BiFoldSingleOutside"},
+                         {43, "BiFoldMultipleInside"},
+                         {44, "BiFoldMultipleOutside"},
+                         {45, "CTriFoldInside"},
+                         {46, "CTriFoldOutside"},
+                         {47, "ZTriFoldInside"},
+                         {48, "ZTriFoldOutside"}},
                         fold);
             break;
-        default: break;
+        default:
+            break;
         }
         if (*choice == 22) {
             s.item("Stapling/Finishing", t->getString("com.talmo.print.FinishingCustom").value_or(""));

@@ -36,10 +36,7 @@ void diag(const char* fmt, ...)
     va_end(ap);
 }
 
-int32_t clamp32(int64_t v)
-{
-    return static_cast<int32_t>(std::clamp<int64_t>(v, INT32_MIN, INT32_MAX));
-}
+int32_t clamp32(int64_t v) { return static_cast<int32_t>(std::clamp<int64_t>(v, INT32_MIN, INT32_MAX)); }
 
 std::optional<int32_t> getI32(const pl::DictPtr& d, const char* k)
 {
@@ -56,21 +53,12 @@ std::optional<int32_t> getI32(const pl::DictPtr& d, const char* k)
     return std::nullopt;
 }
 
-int32_t getI32Or(const pl::DictPtr& d, const char* k, int32_t fallback)
-{
-    return getI32(d, k).value_or(fallback);
-}
+int32_t getI32Or(const pl::DictPtr& d, const char* k, int32_t fallback) { return getI32(d, k).value_or(fallback); }
 
 // A flag "is set": boolean true or a non-zero number.
-bool isSet(const pl::DictPtr& d, const char* k)
-{
-    return getI32(d, k).value_or(0) != 0;
-}
+bool isSet(const pl::DictPtr& d, const char* k) { return getI32(d, k).value_or(0) != 0; }
 
-bool has(const pl::DictPtr& d, const char* k)
-{
-    return d && d->contains(k);
-}
+bool has(const pl::DictPtr& d, const char* k) { return d && d->contains(k); }
 
 std::optional<std::string> escaped(const pl::DictPtr& d, const char* k)
 {
@@ -95,39 +83,65 @@ std::vector<pl::DictPtr> dictEntries(const pl::DictPtr& ticket, const char* k)
 int32_t mediaTypeIndex(int32_t stockType)
 {
     switch (stockType) {
-    case 1: return 0;   // plain -> stationery
-    case 2: return 1;   // transparency
-    case 3: return 6;   // pre-printed
-    case 4: return 3;   // pre-cut tabs
-    case 5: return 4;   // full-cut tabs
-    case 6: return 10;  // ordered stock, by name
-    case 7: return 9;   // custom type, by name
-    case 8: return 8;   // envelope
-    case 9: return 5;   // labels
-    case 10: return 7;  // recycled
+    case 1:
+        return 0; // plain -> stationery
+    case 2:
+        return 1; // transparency
+    case 3:
+        return 6; // pre-printed
+    case 4:
+        return 3; // pre-cut tabs
+    case 5:
+        return 4; // full-cut tabs
+    case 6:
+        return 10; // ordered stock, by name
+    case 7:
+        return 9; // custom type, by name
+    case 8:
+        return 8; // envelope
+    case 9:
+        return 5; // labels
+    case 10:
+        return 7; // recycled
     case 24:
-    case 33: return 2;  // tab stocks of the printer's own type list
-    default: return 11; // other
+    case 33:
+        return 2; // tab stocks of the printer's own type list
+    default:
+        return 11; // other
     }
 }
 
 int32_t mediaColorIndex(int32_t stockColor)
 {
     switch (stockColor) {
-    case 1: return 1;  // white
-    case 2: return 4;  // blue
-    case 3: return 3;  // yellow
-    case 4: return 5;  // green
-    case 5: return 2;  // pink
-    case 6: return 0;  // clear -> no-color
-    case 7: return 6;  // buff
-    case 8: return 7;  // goldenrod
-    case 9: return 8;  // red
-    case 10: return 12; // custom, by name
-    case 11: return 9; // ivory
-    case 12: return 10; // gray
-    case 13: return 11; // orange
-    default: return 13; // a colour no keyword names: no colour line
+    case 1:
+        return 1; // white
+    case 2:
+        return 4; // blue
+    case 3:
+        return 3; // yellow
+    case 4:
+        return 5; // green
+    case 5:
+        return 2; // pink
+    case 6:
+        return 0; // clear -> no-color
+    case 7:
+        return 6; // buff
+    case 8:
+        return 7; // goldenrod
+    case 9:
+        return 8; // red
+    case 10:
+        return 12; // custom, by name
+    case 11:
+        return 9; // ivory
+    case 12:
+        return 10; // gray
+    case 13:
+        return 11; // orange
+    default:
+        return 13; // a colour no keyword names: no colour line
     }
 }
 
@@ -246,11 +260,21 @@ void FillJobTypeData(JobData& job, const pl::DictPtr& jobType, const pl::DictPtr
 {
     const int32_t type = getI32Or(jobType, "JobType", 1);
     switch (type) {
-    case 2: job.disposition = 1; break;
-    case 3: job.disposition = getI32(jobType, "SaveDisposition") == 2 ? 3 : 2; break;
-    case 4: job.disposition = 3; break;
-    case 9: job.disposition = 4; break;
-    default: job.disposition = 0; break;
+    case 2:
+        job.disposition = 1;
+        break;
+    case 3:
+        job.disposition = getI32(jobType, "SaveDisposition") == 2 ? 3 : 2;
+        break;
+    case 4:
+        job.disposition = 3;
+        break;
+    case 9:
+        job.disposition = 4;
+        break;
+    default:
+        job.disposition = 0;
+        break;
     }
     auto format = getI32(jobType, "MediaType");
     job.saveFormat = format && *format >= 1 && *format <= 5 ? *format - 1 : kTPifUnset;
@@ -265,9 +289,7 @@ void FillImageShift(PageData& page, const pl::DictPtr& shift)
         return;
     const bool inches = !shift->contains("Inches") || getI32Or(shift, "Inches", 1) > 0;
     const bool full = shift->getBool("FullPrecision").value_or(false);
-    auto conv = [&](const char* k) {
-        return TPifShiftToHundredthsMm(shift->getInt(k).value_or(0), inches, full);
-    };
+    auto conv = [&](const char* k) { return TPifShiftToHundredthsMm(shift->getInt(k).value_or(0), inches, full); };
     page.hasImageShift = true;
     page.xSide1 = conv("X1");
     page.xSide2 = conv("X2");
@@ -314,8 +336,8 @@ void FillHighlightColorData(HighlightColorData& h, const pl::DictPtr& d)
 {
     if (!d)
         return;
-    auto custom = [&](HighlightColorData::Custom& c, const char* slot, const char* rgb, const char* r,
-                      const char* g, const char* b, const char* hue, const char* sat, const char* val) {
+    auto custom = [&](HighlightColorData::Custom& c, const char* slot, const char* rgb, const char* r, const char* g,
+                      const char* b, const char* hue, const char* sat, const char* val) {
         if (!has(d, slot))
             return;
         c.present = true;
@@ -341,9 +363,8 @@ void FillHighlightColorData(HighlightColorData& h, const pl::DictPtr& d)
 
 void WriteTPIFJobNameAndUser(const writeData* sink, const pl::DictPtr& t)
 {
-    auto name = t->getBool(kJobNotesUseJobNameKey).value_or(false)
-                    ? escaped(t, key::JobName)
-                    : escaped(t, kJobNotesJobNameKey);
+    auto name =
+        t->getBool(kJobNotesUseJobNameKey).value_or(false) ? escaped(t, key::JobName) : escaped(t, kJobNotesJobNameKey);
     auto user = escaped(t, kJobNotesSenderNameKey);
     WriteTPifOpAttrib(sink, name.value_or(""), user.value_or(""));
 }
@@ -439,29 +460,48 @@ void WriteTPIFFinishing(const writeData* sink, const pl::DictPtr& t)
 
     auto S = [](int32_t v) -> int32_t {
         switch (v) {
-        case 5: return 0;
-        case 6: return 2;
-        case 7: return 1;
-        case 8: return 20;
-        case 10: return 3;
-        case 11: return 4;
-        case 12: return 5;
-        case 13: return 6;
-        case 26: return 16;
-        case 27: return 17;
-        case 28: return 18;
-        case 29: return 19;
-        default: return kTPifUnset;
+        case 5:
+            return 0;
+        case 6:
+            return 2;
+        case 7:
+            return 1;
+        case 8:
+            return 20;
+        case 10:
+            return 3;
+        case 11:
+            return 4;
+        case 12:
+            return 5;
+        case 13:
+            return 6;
+        case 26:
+            return 16;
+        case 27:
+            return 17;
+        case 28:
+            return 18;
+        case 29:
+            return 19;
+        default:
+            return kTPifUnset;
         }
     };
     auto H = [](int32_t v) -> int32_t {
         switch (v) {
-        case 32: return 31;
-        case 33: return 32;
-        case 34: return 33;
-        case 35: return 34;
-        case 49: return 38;
-        default: return kTPifUnset;
+        case 32:
+            return 31;
+        case 33:
+            return 32;
+        case 34:
+            return 33;
+        case 35:
+            return 34;
+        case 49:
+            return 38;
+        default:
+            return kTPifUnset;
         }
     };
     auto Z = [](int32_t v) -> int32_t { return v == 38 ? 25 : v == 39 ? 26 : kTPifUnset; };
@@ -475,49 +515,113 @@ void WriteTPIFFinishing(const writeData* sink, const pl::DictPtr& t)
         else if (booklet == 8)
             f.staple = 7;
         break;
-    case 1: f.fold = 9; break;
-    case 3: f.fold = 15; break;
+    case 1:
+        f.fold = 9;
+        break;
+    case 3:
+        f.fold = 15;
+        break;
     case 4:
     case 9:
-    case 25: f.staple = S(staple); break;
-    case 14: f.fold = bind == 15 ? 13 : bind == 16 ? 14 : kTPifUnset; break;
-    case 18: f.fold = fold == 19 ? 11 : fold == 20 ? 12 : kTPifUnset; break;
-    case 22: f.templateName = escaped(t, kFinishingCustomKey); break;
+    case 25:
+        f.staple = S(staple);
+        break;
+    case 14:
+        f.fold = bind == 15 ? 13 : bind == 16 ? 14 : kTPifUnset;
+        break;
+    case 18:
+        f.fold = fold == 19 ? 11 : fold == 20 ? 12 : kTPifUnset;
+        break;
+    case 22:
+        f.templateName = escaped(t, kFinishingCustomKey);
+        break;
     case 30:
         switch (hole) {
-        case 33: f.holePunch = 32; break;
-        case 32: f.holePunch = 31; break;
-        case 34: f.holePunch = 33; break;
-        case 35: f.holePunch = 34; break;
-        default: break;
+        case 33:
+            f.holePunch = 32;
+            break;
+        case 32:
+            f.holePunch = 31;
+            break;
+        case 34:
+            f.holePunch = 33;
+            break;
+        case 35:
+            f.holePunch = 34;
+            break;
+        default:
+            break;
         }
         break;
-    case 32: f.holePunch = 31; break;
-    case 33: f.holePunch = 32; break;
-    case 34: f.holePunch = 33; break;
-    case 35: f.holePunch = 34; break;
-    case 36: f.fold = Z(zfold); break;
+    case 32:
+        f.holePunch = 31;
+        break;
+    case 33:
+        f.holePunch = 32;
+        break;
+    case 34:
+        f.holePunch = 33;
+        break;
+    case 35:
+        f.holePunch = 34;
+        break;
+    case 36:
+        f.fold = Z(zfold);
+        break;
     case 40:
         switch (fold) {
-        case 41: f.fold = 21; break;
-        case 42: f.fold = 22; break;
-        case 43: f.fold = 23; break;
-        case 44: f.fold = 24; break;
-        case 45: f.fold = 27; break;
-        case 46: f.fold = 28; break;
-        case 47: f.fold = 29; break;
-        case 48: f.fold = 30; break;
-        default: break;
+        case 41:
+            f.fold = 21;
+            break;
+        case 42:
+            f.fold = 22;
+            break;
+        case 43:
+            f.fold = 23;
+            break;
+        case 44:
+            f.fold = 24;
+            break;
+        case 45:
+            f.fold = 27;
+            break;
+        case 46:
+            f.fold = 28;
+            break;
+        case 47:
+            f.fold = 29;
+            break;
+        case 48:
+            f.fold = 30;
+            break;
+        default:
+            break;
         }
         break;
-    case 49: f.holePunch = H(hole), f.staple = S(staple); break;
-    case 50: f.fold = Z(zfold), f.holePunch = H(hole), f.staple = S(staple); break;
-    case 51: f.fold = Z(zfold), f.staple = S(staple); break;
-    case 52: f.fold = Z(zfold), f.holePunch = H(hole); break;
-    default: break;
+    case 49:
+        f.holePunch = H(hole), f.staple = S(staple);
+        break;
+    case 50:
+        f.fold = Z(zfold), f.holePunch = H(hole), f.staple = S(staple);
+        break;
+    case 51:
+        f.fold = Z(zfold), f.staple = S(staple);
+        break;
+    case 52:
+        f.fold = Z(zfold), f.holePunch = H(hole);
+        break;
+    default:
+        break;
     }
     switch (choice) {
-    case 30: case 32: case 33: case 34: case 35: case 49: case 50: case 52: {
+    case 30:
+    case 32:
+    case 33:
+    case 34:
+    case 35:
+    case 49:
+    case 50:
+    case 52: {
         const int32_t options = getI32Or(t, kFinishingHolePunchOptionsKey, 4);
         f.holeCount = options == 3 ? 35 : options == 4 ? 36 : options == 5 ? 37 : kTPifUnset;
         break;
@@ -533,11 +637,20 @@ void WriteTPIFFinishing(const writeData* sink, const pl::DictPtr& t)
 void WriteTPIFOffset(const writeData* sink, const pl::DictPtr& t)
 {
     switch (getI32Or(t, kFinishingOffsetKey, 0)) {
-    case 2: WriteTPifCommands(sink, 7, 0); break;
-    case 3: WriteTPifCommands(sink, 7, 1); break;
-    case 4: WriteTPifCommands(sink, 7, 2); break;
-    case 5: WriteTPifCommands(sink, 7, 3); break;
-    default: break;
+    case 2:
+        WriteTPifCommands(sink, 7, 0);
+        break;
+    case 3:
+        WriteTPifCommands(sink, 7, 1);
+        break;
+    case 4:
+        WriteTPifCommands(sink, 7, 2);
+        break;
+    case 5:
+        WriteTPifCommands(sink, 7, 3);
+        break;
+    default:
+        break;
     }
     if (isSet(t, kFinishingOffsetEnableSubsetKey))
         if (auto pages = getI32(t, kFinishingOffsetPagesPerSubsetKey))
@@ -546,10 +659,8 @@ void WriteTPIFOffset(const writeData* sink, const pl::DictPtr& t)
 
 void WriteTPIFJobNotes(const writeData* sink, const pl::DictPtr& t)
 {
-    WriteTPifJobNotes(sink, escaped(t, kJobNotesMessageKey),
-                      escaped(t, kJobNotesRecipientKey),
-                      escaped(t, kJobNotesSheetMessageKey),
-                      escaped(t, kJobNotesAdditionalInfoKey));
+    WriteTPifJobNotes(sink, escaped(t, kJobNotesMessageKey), escaped(t, kJobNotesRecipientKey),
+                      escaped(t, kJobNotesSheetMessageKey), escaped(t, kJobNotesAdditionalInfoKey));
 }
 
 void WriteTPIFJobType(const writeData* sink, const pl::DictPtr& t)
@@ -574,16 +685,37 @@ void WriteTPIFOutputDestination(const writeData* sink, const pl::DictPtr& t)
 {
     int32_t bin = -1;
     switch (getI32Or(t, kFinishingOutputDestinationKey, -1)) {
-    case 1: bin = 0; break;
-    case 2: case 3: bin = 1; break;
-    case 4: case 12: bin = 2; break;
-    case 5: bin = 6; break;
-    case 6: bin = 7; break;
-    case 8: bin = 4; break;
-    case 9: bin = 5; break;
-    case 16: bin = 8; break;
-    case 17: bin = 9; break;
-    default: break; // an empty write
+    case 1:
+        bin = 0;
+        break;
+    case 2:
+    case 3:
+        bin = 1;
+        break;
+    case 4:
+    case 12:
+        bin = 2;
+        break;
+    case 5:
+        bin = 6;
+        break;
+    case 6:
+        bin = 7;
+        break;
+    case 8:
+        bin = 4;
+        break;
+    case 9:
+        bin = 5;
+        break;
+    case 16:
+        bin = 8;
+        break;
+    case 17:
+        bin = 9;
+        break;
+    default:
+        break; // an empty write
     }
     WriteTPifCommands(sink, 4, bin);
 }
@@ -592,11 +724,20 @@ void WriteTPIFResolution(const writeData* sink, const pl::DictPtr& t)
 {
     ResolutionData r;
     switch (getI32Or(t, kResolutionKey, 0)) {
-    case 1: r.crossFeed = r.feedDirection = 300; break;
-    case 2: r.crossFeed = r.feedDirection = 600; break;
-    case 3: r.crossFeed = 1200, r.feedDirection = 600; break;
-    case 4: r.crossFeed = r.feedDirection = 1200; break;
-    default: return;
+    case 1:
+        r.crossFeed = r.feedDirection = 300;
+        break;
+    case 2:
+        r.crossFeed = r.feedDirection = 600;
+        break;
+    case 3:
+        r.crossFeed = 1200, r.feedDirection = 600;
+        break;
+    case 4:
+        r.crossFeed = r.feedDirection = 1200;
+        break;
+    default:
+        return;
     }
     WriteTPifResolution(sink, r);
 }
@@ -659,15 +800,9 @@ void WriteTPIFOPISubsitution(const writeData* sink, const pl::DictPtr& t)
     simple(sink, t, kOPISubsitutionKey, 12, minusTwo);
 }
 
-void WriteTPIFOPIPreScan(const writeData* sink, const pl::DictPtr& t)
-{
-    simple(sink, t, kOPIPrescanKey, 13, minusTwo);
-}
+void WriteTPIFOPIPreScan(const writeData* sink, const pl::DictPtr& t) { simple(sink, t, kOPIPrescanKey, 13, minusTwo); }
 
-void WriteTPIFAntiAliasing(const writeData* sink, const pl::DictPtr& t)
-{
-    simple(sink, t, kAntialiasingKey, 14, asIs);
-}
+void WriteTPIFAntiAliasing(const writeData* sink, const pl::DictPtr& t) { simple(sink, t, kAntialiasingKey, 14, asIs); }
 
 void WriteTPIFHalftone(const writeData* sink, const pl::DictPtr& t)
 {
@@ -688,10 +823,7 @@ void WriteTPIFTonerSaver(const writeData* sink, const pl::DictPtr& t)
     });
 }
 
-void WriteTPIFOutputOrder(const writeData* sink, const pl::DictPtr& t)
-{
-    simple(sink, t, kOutputOrderKey, 29, asIs);
-}
+void WriteTPIFOutputOrder(const writeData* sink, const pl::DictPtr& t) { simple(sink, t, kOutputOrderKey, 29, asIs); }
 
 void WriteTPIFPrinterEmulation(const writeData* sink, const pl::DictPtr& t)
 {
@@ -765,8 +897,7 @@ void WriteTPIFPagesToPrint(const writeData* sink, const pl::DictPtr& t)
 {
     if (!isSet(t, kPagesToPrintSelectedKey))
         return;
-    WriteTPifPageRanges(sink, getI32Or(t, kPagesToPrintFromKey, 1),
-                        getI32Or(t, kPagesToPrintToKey, 1));
+    WriteTPifPageRanges(sink, getI32Or(t, kPagesToPrintFromKey, 1), getI32Or(t, kPagesToPrintToKey, 1));
 }
 
 void WriteTPIFToSink(const writeData* sink, const pl::DictPtr& t)
@@ -817,7 +948,8 @@ void WriteTPIFToSink(const writeData* sink, const pl::DictPtr& t)
     const bool inserts = options->contains("TPIFOptionInserts");
     const bool exceptions = options->contains("TPIFOptionExceptions");
     const bool any = (covers && (has(t, kSpecialPagesFrontCoverKey) || has(t, kSpecialPagesBackCoverKey))) ||
-                     (inserts && has(t, kSpecialPagesInsertListKey)) || (exceptions && has(t, kSpecialPagesExceptionListKey));
+                     (inserts && has(t, kSpecialPagesInsertListKey)) ||
+                     (exceptions && has(t, kSpecialPagesExceptionListKey));
     if (!any)
         return;
     WriteTPifHeader(sink, 5);

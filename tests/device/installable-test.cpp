@@ -26,8 +26,10 @@ TEST_F(Installable, LoadsTheMarkedChoiceOfEveryInstallableOption)
     PPDHandle ppd = PPDOpenAsCurrent(shipped("talmo-studio-press.ppd"));
     ASSERT_NE(ppd, nullptr);
     ASSERT_TRUE(LoadInstallableOptions(ppd, kTalmoInstalledFeatureMap));
-    const std::pair<const char*, const char*> expected[] = {
-        {"Option1", "ProfFinisher"}, {"TLInserter", "True"}, {"TLPostPrintInserter", "False"}, {"TLAutoSwitchTray", "True"}};
+    const std::pair<const char*, const char*> expected[] = {{"Option1", "ProfFinisher"},
+                                                            {"TLInserter", "True"},
+                                                            {"TLPostPrintInserter", "False"},
+                                                            {"TLAutoSwitchTray", "True"}};
     for (const auto& [option, choice] : expected) {
         std::string got;
         EXPECT_TRUE(getInstallableOptionValue(option, &got)) << option;
@@ -61,14 +63,13 @@ TEST_F(Installable, NoGroupLoadsNothingButKeepsTheMap)
 }
 
 // A map for tests only, so the rules are checked apart from the shipped rows.
-const InstalledFeatureMap kTestMap[] = {
-    {"Always", nullptr, nullptr, "AlwaysKey", 1},
-    {"Stacker", "Option1", "HCS", "StackerHCS", 17},
-    {"Stacker", "Option1", "ProfFinisher", "StackerProf", 4},
-    {"Inserter", "TLInserter", "True", "InserterKey", 9},
-    {"Missing", "NoSuchOption", "True", "MissingA", 5},
-    {"Missing", "Option1", "SCT", "MissingB", 6},
-    {nullptr, nullptr, nullptr, nullptr, 0}};
+const InstalledFeatureMap kTestMap[] = {{"Always", nullptr, nullptr, "AlwaysKey", 1},
+                                        {"Stacker", "Option1", "HCS", "StackerHCS", 17},
+                                        {"Stacker", "Option1", "ProfFinisher", "StackerProf", 4},
+                                        {"Inserter", "TLInserter", "True", "InserterKey", 9},
+                                        {"Missing", "NoSuchOption", "True", "MissingA", 5},
+                                        {"Missing", "Option1", "SCT", "MissingB", 6},
+                                        {nullptr, nullptr, nullptr, nullptr, 0}};
 
 TEST_F(Installable, FeatureIsInstalledWhenAnyRowHolds)
 {
@@ -77,8 +78,11 @@ TEST_F(Installable, FeatureIsInstalledWhenAnyRowHolds)
         const char* name;
         bool installed;
         int32_t value;
-    } cases[] = {{"Always", true, 1},  {"Stacker", true, 4},  {"Inserter", true, 9},
-                 {"Missing", false, -1}, {"Unknown", false, -1}};
+    } cases[] = {{"Always", true, 1},
+                 {"Stacker", true, 4},
+                 {"Inserter", true, 9},
+                 {"Missing", false, -1},
+                 {"Unknown", false, -1}};
     for (const auto& c : cases) {
         EXPECT_EQ(getInstalledFeature(c.name), c.installed) << c.name;
         EXPECT_EQ(getInstallableOptionTicketValue(c.name), c.value) << c.name;
@@ -92,13 +96,13 @@ TEST_F(Installable, ShippedMapFollowsTheFinisherModel)
         const char* feature;
         bool installed;
     } cases[] = {
-        {"talmo-studio-press.ppd", "StackerTray1Key", true},     // ProfFinisher
+        {"talmo-studio-press.ppd", "StackerTray1Key", true}, // ProfFinisher
         {"talmo-studio-press.ppd", "StackerTray2Key", false},
         {"talmo-studio-press.ppd", "OmbraInserter", true},
         {"talmo-studio-press.ppd", "PostPrintInserterKey", false},
         {"talmo-studio-press.ppd", "AutoSwitchTrayKey", true},
         {"talmo-studio-press.ppd", "SimpleCatchTrayKey", false},
-        {"talmo-office-press.ppd", "SimpleCatchTrayKey", true},  // SCT
+        {"talmo-office-press.ppd", "SimpleCatchTrayKey", true}, // SCT
         {"talmo-office-press.ppd", "StackerTray1Key", false},
         {"talmo-office-press.ppd", "OmbraInserter", false},
     };
@@ -201,8 +205,7 @@ TEST_F(Installable, FeatureLabelComesFromTheFirstHoldingRowOrTheLastRow)
         {"Stacker", "Finisher stacker"}, // ProfFinisher holds the second row
         {"Always", "Always there"},      // a row without an option always holds
         {"Missing", "Last row"},         // nothing holds: the last row's key
-        {"Inserter", "STRING NOT FOUND"},
-        {"Unknown", "STRING NOT FOUND"},
+        {"Inserter", "STRING NOT FOUND"}, {"Unknown", "STRING NOT FOUND"},
     };
     for (const auto& [name, label] : cases)
         EXPECT_EQ(CopyLocalizedStringForInstalledFeatureFromPlugin(name, &*bundle), label) << name;

@@ -27,7 +27,7 @@ TEST(PPDKeywordMaps, FirstMatchingRowWinsBothWays)
         const char* choice;
         int32_t value;
     } rows[] = {
-        {"MediaType", "CardStock", 12},   // the second "CardStock" = 43 is never reached
+        {"MediaType", "CardStock", 12}, // the second "CardStock" = 43 is never reached
         {"MediaType", "CardStockF", 43},
         {"PageSize", "3x5", 80},
         {"PageSize", "Custom", 75},
@@ -42,8 +42,8 @@ TEST(PPDKeywordMaps, FirstMatchingRowWinsBothWays)
         {"MediaColor", "Custom7", 21},
         {"Duplex", "DuplexTumble", 3},
         {"JCLBanner", "False", 0},
-        {"MediaType", "Vellum", -1},      // no such choice
-        {"NoSuchOption", "None", -1},     // no such option
+        {"MediaType", "Vellum", -1},  // no such choice
+        {"NoSuchOption", "None", -1}, // no such option
     };
     for (const auto& r : rows)
         EXPECT_EQ(PPDTicketValueForChoice(r.option, r.choice), r.value) << r.option << "/" << r.choice;

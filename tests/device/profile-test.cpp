@@ -11,7 +11,8 @@ protected:
     void SetUp() override
     {
         TDPFinalize();
-        ASSERT_TRUE(TDPInitializeFromFile(std::string(TALMO_SOURCE_DIR) + "/tests/device/data/profile-for-tests.plist"));
+        ASSERT_TRUE(
+            TDPInitializeFromFile(std::string(TALMO_SOURCE_DIR) + "/tests/device/data/profile-for-tests.plist"));
     }
     void TearDown() override { TDPFinalize(); }
 

@@ -45,7 +45,7 @@ protected:
 
 private:
     static constexpr std::array<const char*, 4> kVariables = {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME",
-                                                               "XDG_DATA_DIRS"};
+                                                              "XDG_DATA_DIRS"};
     std::array<std::optional<std::string>, 4> saved_;
 };
 

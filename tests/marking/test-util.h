@@ -42,10 +42,7 @@ inline bool haveProgram(const std::string& name)
     return std::system(("command -v " + name + " >/dev/null 2>&1").c_str()) == 0;
 }
 
-inline bool fileExists(const std::string& path)
-{
-    return std::ifstream(path).good();
-}
+inline bool fileExists(const std::string& path) { return std::ifstream(path).good(); }
 
 // Runs a shell command; its exit status.
 inline int run(const std::string& command)

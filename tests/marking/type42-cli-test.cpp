@@ -19,8 +19,8 @@ struct Outcome {
 Outcome talmo(const std::string& args)
 {
     // ctest runs tests in parallel: one scratch file per test.
-    std::string err = scratchPath(std::string("cli-") + testing::UnitTest::GetInstance()->current_test_info()->name() +
-                                  ".err");
+    std::string err =
+        scratchPath(std::string("cli-") + testing::UnitTest::GetInstance()->current_test_info()->name() + ".err");
     int status = run(kTalmo + " " + args + " 2> " + err);
     return {status, readText(err)};
 }

@@ -279,7 +279,8 @@ TEST(Type42Ghostscript, StandardEncodingMatchesGhostscripts)
         GTEST_SKIP() << "gs missing (ghostscript)";
     std::string out = scratchPath("stdenc.txt");
     ASSERT_EQ(run("gs -q -dNODISPLAY -dBATCH -dNOPAUSE -dSAFER -c \"StandardEncoding { =string cvs print "
-                  "(\\n) print } forall\" > " + out),
+                  "(\\n) print } forall\" > " +
+                  out),
               0);
     std::vector<std::string> gsNames;
     std::istringstream lines(readText(out));
@@ -301,11 +302,13 @@ void expectSameRendering(const std::string& fontPath, const std::string& psName,
     writeText(t42, program);
     std::string ours = scratchPath(psName + "-t42.pgm"), theirs = scratchPath(psName + "-ttf.pgm");
     const std::string gs = "gs -q -dBATCH -dNOPAUSE -sDEVICE=pgmraw -r72 -g600x120 ";
-    ASSERT_EQ(run(gs + "-dSAFER -sOutputFile=" + ours + " " + t42 + " -c \"/TalmoProbe findfont 48 scalefont "
-                  "setfont 10 40 moveto " + drawing + " showpage\""),
+    ASSERT_EQ(run(gs + "-dSAFER -sOutputFile=" + ours + " " + t42 +
+                  " -c \"/TalmoProbe findfont 48 scalefont "
+                  "setfont 10 40 moveto " +
+                  drawing + " showpage\""),
               0);
-    ASSERT_EQ(run(gs + "-dNOSAFER -sOutputFile=" + theirs + " -c \"(" + fontPath + ") (r) file .loadfont /" +
-                  psName + " findfont 48 scalefont setfont 10 40 moveto " + drawing + " showpage\""),
+    ASSERT_EQ(run(gs + "-dNOSAFER -sOutputFile=" + theirs + " -c \"(" + fontPath + ") (r) file .loadfont /" + psName +
+                  " findfont 48 scalefont setfont 10 40 moveto " + drawing + " showpage\""),
               0);
     auto a = readBytes(ours), b = readBytes(theirs);
     ASSERT_EQ(a.size(), b.size());

@@ -6,10 +6,7 @@ using namespace talmo;
 
 namespace {
 
-std::string bracketed(std::string_view key)
-{
-    return "[" + std::string(key) + "]";
-}
+std::string bracketed(std::string_view key) { return "[" + std::string(key) + "]"; }
 
 TEST(WatermarkMenu, NamesFollowTheFirstRowAndOptionsCarriesItsSubmenu)
 {
@@ -43,7 +40,7 @@ TEST(WatermarkMenu, NamesFollowTheFirstRowAndOptionsCarriesItsSubmenu)
 
     const auto& options = menu.items[4].submenu;
     const std::pair<const char*, int32_t> rows[] = {
-        {"[WatermarkBackground]", 1},      {"[WatermarkBlend]", 2}, {"[WatermarkForeground]", 3}, {"-", -5},
+        {"[WatermarkBackground]", 1},      {"[WatermarkBlend]", 2},           {"[WatermarkForeground]", 3}, {"-", -5},
         {"[WatermarkPrintOnAllPages]", 4}, {"[WatermarmPrintOnPage1Only]", 5}};
     ASSERT_EQ(options.size(), std::size(rows));
     for (size_t i = 0; i < std::size(rows); ++i) {

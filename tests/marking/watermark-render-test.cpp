@@ -19,10 +19,7 @@ namespace {
 
 // --- Memory consumer and provider --------------------------------------------------------
 
-bool failingResize(MemoryConsumerInfo&, size_t)
-{
-    return false;
-}
+bool failingResize(MemoryConsumerInfo&, size_t) { return false; }
 
 TEST(MemoryConsumer, DoublesUntilTheCountFitsWithOneByteSpare)
 {
@@ -32,8 +29,8 @@ TEST(MemoryConsumer, DoublesUntilTheCountFitsWithOneByteSpare)
         size_t count, written, size;
     };
     // Room is size - written - 1.
-    for (const auto& s : {Step{5, 5, 8}, Step{2, 7, 8}, Step{1, 8, 16}, Step{40, 48, 64}, Step{15, 63, 64},
-                          Step{1, 64, 128}}) {
+    for (const auto& s :
+         {Step{5, 5, 8}, Step{2, 7, 8}, Step{1, 8, 16}, Step{40, 48, 64}, Step{15, 63, 64}, Step{1, 64, 128}}) {
         SCOPED_TRACE(s.count);
         EXPECT_EQ(MemoryConsumerPutBytes(c.get(), bytes.data(), s.count), s.count);
         EXPECT_EQ(c->written, s.written);

@@ -48,13 +48,13 @@ TEST_F(WatermarkStore, RecordRoundTripsThroughTheFileWithTheDesignedKeysAndTypes
     auto entry = fileDictionary()->getDict("Entwurf \xC3\xBC");
     ASSERT_TRUE(entry);
     const std::map<std::string, pl::Type> expected = {
-        {"textString", pl::Type::String},  {"filename", pl::Type::String},      {"filePath", pl::Type::String},
-        {"fontName", pl::Type::String},    {"xOffset", pl::Type::Real},         {"yOffset", pl::Type::Real},
-        {"fontColorRed", pl::Type::Real},  {"fontColorGreen", pl::Type::Real},  {"fontColorBlue", pl::Type::Real},
+        {"textString", pl::Type::String},   {"filename", pl::Type::String},     {"filePath", pl::Type::String},
+        {"fontName", pl::Type::String},     {"xOffset", pl::Type::Real},        {"yOffset", pl::Type::Real},
+        {"fontColorRed", pl::Type::Real},   {"fontColorGreen", pl::Type::Real}, {"fontColorBlue", pl::Type::Real},
         {"fontColorAlpha", pl::Type::Real}, {"wellColorRed", pl::Type::Real},   {"wellColorGreen", pl::Type::Real},
-        {"wellColorBlue", pl::Type::Real}, {"wellColorAlpha", pl::Type::Real},  {"angle", pl::Type::Integer},
-        {"density", pl::Type::Integer},    {"scale", pl::Type::Integer},        {"units", pl::Type::Integer},
-        {"fontSize", pl::Type::Integer},   {"xPos", pl::Type::Real},            {"yPos", pl::Type::Real},
+        {"wellColorBlue", pl::Type::Real},  {"wellColorAlpha", pl::Type::Real}, {"angle", pl::Type::Integer},
+        {"density", pl::Type::Integer},     {"scale", pl::Type::Integer},       {"units", pl::Type::Integer},
+        {"fontSize", pl::Type::Integer},    {"xPos", pl::Type::Real},           {"yPos", pl::Type::Real},
     };
     EXPECT_EQ(entry->size(), expected.size());
     for (const auto& [key, type] : expected) {
@@ -177,10 +177,10 @@ TEST_F(WatermarkStore, FieldsIgnoreValuesOfTheWrongTypeOrOutOfRange)
 {
     auto root = pl::makeDict();
     auto entry = pl::makeDict();
-    entry->setString("angle", "45");      // wrong type
-    entry->setInt("density", 1ll << 40);  // beyond 32 bits
-    entry->setReal("xOffset", 1e300);     // beyond a float
-    entry->setReal("scale", 12.5);        // not integral
+    entry->setString("angle", "45");     // wrong type
+    entry->setInt("density", 1ll << 40); // beyond 32 bits
+    entry->setReal("xOffset", 1e300);    // beyond a float
+    entry->setReal("scale", 12.5);       // not integral
     entry->setInt("fontSize", 36);
     entry->setString("textString", std::string(600, 'x'));
     root->set("Odd", entry);

@@ -62,8 +62,7 @@ TEST_F(PapersCommand, AddListRenameRemove)
     EXPECT_EQ(dup.exit, 1);
     EXPECT_EQ(dup.err, "talmo: papers add: a paper named \"BOND\" exists already\n");
 
-    EXPECT_EQ(talmo({"papers", "list"}).out,
-              bond + "\tok\tBond\n" + heavy + "\tunsupported-values\tHeavy Card\n");
+    EXPECT_EQ(talmo({"papers", "list"}).out, bond + "\tok\tBond\n" + heavy + "\tunsupported-values\tHeavy Card\n");
 
     EXPECT_EQ(talmo({"papers", "rename", "heavy card", "Bond"}).exit, 1) << "the new name is taken";
     const CliRun renamed = talmo({"papers", "rename", "heavy card", "Card 350"});
@@ -104,7 +103,8 @@ TEST_F(PapersCommand, FetchWritesThePrinterListInItsOrder)
     const CliRun refused = talmo({"papers", "fetch", closed, "-o", root_ + "/none.plist"});
     EXPECT_EQ(refused.exit, 1);
     EXPECT_EQ(refused.err, "Unable to connect to server: Connection refused\ntalmo: papers fetch: cannot reach the "
-                           "printer at " + closed + "\n");
+                           "printer at " +
+                               closed + "\n");
     EXPECT_FALSE(std::filesystem::exists(root_ + "/none.plist"));
 }
 

@@ -81,7 +81,10 @@ protected:
         }
         return true;
     }
-    void runFor(std::chrono::milliseconds d) { runUntil([] { return false; }, d); }
+    void runFor(std::chrono::milliseconds d)
+    {
+        runUntil([] { return false; }, d);
+    }
     OSStatus spawn(const std::string& address) { return MySpawnThread("com.talmo.print.pde", address, window_); }
 
     Recorder recorder_;

@@ -26,8 +26,7 @@ inline std::string IppBytes(ipp_t* message)
 {
     std::string out;
     ippSetState(message, IPP_STATE_IDLE);
-    while (ippWriteIO(&out, appendToString, 1, nullptr, message) != IPP_STATE_DATA) {
-    }
+    while (ippWriteIO(&out, appendToString, 1, nullptr, message) != IPP_STATE_DATA) { }
     return out;
 }
 

@@ -112,7 +112,8 @@ TEST_F(IppEvePrinterPapers, EveryPaperConvertedInThePrinterOrder)
 TEST_F(IppEvePrinterPapers, EveryFormOfTheAddressReachesThePrinter)
 {
     const std::string port = std::to_string(printer_->port());
-    for (const std::string& address : {"[::1]:" + port, "localhost:" + port, "ipp://127.0.0.1:" + port + "/ipp/print"}) {
+    for (const std::string& address :
+         {"[::1]:" + port, "localhost:" + port, "ipp://127.0.0.1:" + port + "/ipp/print"}) {
         ResetPrinterStockList();
         EXPECT_EQ(RetrievePrinterStockLibrary(address), noErr) << address;
         EXPECT_EQ(PrinterStockList()->size(), std::size(kPapers)) << address;

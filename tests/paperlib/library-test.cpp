@@ -174,8 +174,7 @@ TEST_F(StockLibraryListTest, FindMatchAndStatusMarks)
 
     list.setInUse(kb);
     EXPECT_EQ(StockLibrary(list.stockList()->getDict(kb)).status(), kStockEntryInUse);
-    EXPECT_EQ(StockLibrary(libraryDict()->getDict(kStockLibraryStockListKey)->getDict(kb)).status(),
-              kStockEntryInUse);
+    EXPECT_EQ(StockLibrary(libraryDict()->getDict(kStockLibraryStockListKey)->getDict(kb)).status(), kStockEntryInUse);
     list.setNotInUse(kb);
     EXPECT_EQ(StockLibrary(list.stockList()->getDict(kb)).status(), kStockEntryPlain);
     list.setInUse("not-a-key");
@@ -197,7 +196,9 @@ TEST_F(StockLibraryListTest, ClearStatusKeepsOnlyUnsupportedValues)
 
     EXPECT_EQ(StockLibrary(list.stockList()->getDict(kf)).status(), kStockEntryUnsupportedAttributes);
     list.clearStatus();
-    auto storedStatus = [&](const std::string& k) { return *list.stockList()->getDict(k)->getInt(kStockEntryStatusKey); };
+    auto storedStatus = [&](const std::string& k) {
+        return *list.stockList()->getDict(k)->getInt(kStockEntryStatusKey);
+    };
     EXPECT_EQ(storedStatus(kf), kStockEntryPlain) << "stored as 0";
     EXPECT_EQ(StockLibrary(list.stockList()->getDict(kf)).status(), kStockEntryUnsupportedAttributes)
         << "rebuilt, the mark comes back";

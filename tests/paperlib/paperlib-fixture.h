@@ -62,10 +62,7 @@ protected:
     }
 
     // The library file as a dictionary (null when missing or not a property list).
-    pl::DictPtr libraryDict() const
-    {
-        return pl::as<pl::Dictionary>(pl::readPlistFile(libraryFile()));
-    }
+    pl::DictPtr libraryDict() const { return pl::as<pl::Dictionary>(pl::readPlistFile(libraryFile())); }
 
     std::string root_;
 

@@ -23,9 +23,9 @@ using Clock = std::chrono::steady_clock;
 TEST(PrinterPapersKeywords, Colours)
 {
     const std::pair<const char*, int32_t> cases[] = {
-        {"white", 1}, {"Blue", 2},      {"YELLOW", 3}, {"green", 4},   {"pink", 5},     {"no-color", 6},
-        {"buff", 7},  {"goldenrod", 8}, {"red", 9},    {"ivory", 11},  {"gray", 12},    {"orange", 13},
-        {"other", 14}, {"custom1", 15}, {"Custom7", 21}, {"custom8", 10}, {"salmon", 10}, {"", 10},
+        {"white", 1},  {"Blue", 2},      {"YELLOW", 3},   {"green", 4},    {"pink", 5},    {"no-color", 6},
+        {"buff", 7},   {"goldenrod", 8}, {"red", 9},      {"ivory", 11},   {"gray", 12},   {"orange", 13},
+        {"other", 14}, {"custom1", 15},  {"Custom7", 21}, {"custom8", 10}, {"salmon", 10}, {"", 10},
     };
     for (const auto& [k, v] : cases)
         EXPECT_EQ(convertTPIFColorToIndex(k), v) << k;
@@ -96,12 +96,12 @@ TEST(PrinterPapersKeywords, Coatings)
 
 TEST(PrinterPapersKeywords, SizeByFirstMatchingEdge)
 {
-    EXPECT_EQ(GetSizeForStockDimensions(29700, 42000), 5);   // A3
-    EXPECT_EQ(GetSizeForStockDimensions(21000, 29700), 4);   // A4
-    EXPECT_EQ(GetSizeForStockDimensions(21600, 27900), 1);   // Letter
-    EXPECT_EQ(GetSizeForStockDimensions(21600, 35600), 1);   // Legal found as Letter: one edge is enough
-    EXPECT_EQ(GetSizeForStockDimensions(42000, 29700), 5);   // only widths are compared: A3 by its width
-    EXPECT_EQ(GetSizeForStockDimensions(33000, 48800), 65);  // 13 x 18" by its 330 mm edge
+    EXPECT_EQ(GetSizeForStockDimensions(29700, 42000), 5);       // A3
+    EXPECT_EQ(GetSizeForStockDimensions(21000, 29700), 4);       // A4
+    EXPECT_EQ(GetSizeForStockDimensions(21600, 27900), 1);       // Letter
+    EXPECT_EQ(GetSizeForStockDimensions(21600, 35600), 1);       // Legal found as Letter: one edge is enough
+    EXPECT_EQ(GetSizeForStockDimensions(42000, 29700), 5);       // only widths are compared: A3 by its width
+    EXPECT_EQ(GetSizeForStockDimensions(33000, 48800), 65);      // 13 x 18" by its 330 mm edge
     EXPECT_EQ(GetSizeForStockDimensions(21590, 27940), kNotSet); // no tolerance
     EXPECT_EQ(GetSizeForStockDimensions(33500, 48800), kNotSet);
 }
@@ -145,19 +145,27 @@ TEST(PrinterPapersMediaCol, RulesOfTheConversion)
         std::function<void(const Stock&)> check;
     };
     const Case cases[] = {
-        {"unknown colour kept as custom text",
-         [](ipp_t* c) { AddKeyword(c, "media-color", "salmon"); },
-         [](const Stock& s) { EXPECT_EQ(s.color(), 10); EXPECT_EQ(s.customColor(), std::string("salmon")); }},
-        {"unknown type kept as custom text",
-         [](ipp_t* c) { AddKeyword(c, "media-type", "kraft"); },
-         [](const Stock& s) { EXPECT_EQ(s.type(), 7); EXPECT_EQ(s.customType(), std::string("kraft")); }},
+        {"unknown colour kept as custom text", [](ipp_t* c) { AddKeyword(c, "media-color", "salmon"); },
+         [](const Stock& s) {
+             EXPECT_EQ(s.color(), 10);
+             EXPECT_EQ(s.customColor(), std::string("salmon"));
+         }},
+        {"unknown type kept as custom text", [](ipp_t* c) { AddKeyword(c, "media-type", "kraft"); },
+         [](const Stock& s) {
+             EXPECT_EQ(s.type(), 7);
+             EXPECT_EQ(s.customType(), std::string("kraft"));
+         }},
         {"pre-cut tabs take the order count",
          [](ipp_t* c) {
              AddKeyword(c, "media-type", "pre-cut-tabs");
              ippAddInteger(c, IPP_TAG_ZERO, IPP_TAG_INTEGER, "media-order-count", 8);
          },
-         [](const Stock& s) { EXPECT_EQ(s.type(), 4); EXPECT_EQ(s.modulus(), 8); }},
-        {"transparency forces clear", [](ipp_t* c) { AddKeyword(c, "media-color", "red"), AddKeyword(c, "media-type", "transparency"); },
+         [](const Stock& s) {
+             EXPECT_EQ(s.type(), 4);
+             EXPECT_EQ(s.modulus(), 8);
+         }},
+        {"transparency forces clear",
+         [](ipp_t* c) { AddKeyword(c, "media-color", "red"), AddKeyword(c, "media-type", "transparency"); },
          [](const Stock& s) { EXPECT_EQ(s.color(), 6); }},
         {"no type: no refinement", [](ipp_t* c) { AddKeyword(c, "media-recycled", "standard"); },
          [](const Stock& s) { EXPECT_EQ(s.type(), kNotSet); }},
@@ -169,7 +177,8 @@ TEST(PrinterPapersMediaCol, RulesOfTheConversion)
          [](const Stock& s) { EXPECT_EQ(s.punched(), 2); }},
         {"hole count 5", [](ipp_t* c) { ippAddInteger(c, IPP_TAG_ZERO, IPP_TAG_INTEGER, "media-hole-count", 5); },
          [](const Stock& s) { EXPECT_EQ(s.punched(), kNotSet); }},
-        {"weight 0 ignored", [](ipp_t* c) { ippAddInteger(c, IPP_TAG_ZERO, IPP_TAG_INTEGER, "media-weight-metric", 0); },
+        {"weight 0 ignored",
+         [](ipp_t* c) { ippAddInteger(c, IPP_TAG_ZERO, IPP_TAG_INTEGER, "media-weight-metric", 0); },
          [](const Stock& s) { EXPECT_EQ(s.weight(), kNotSet); }},
         {"weight as text ignored", [](ipp_t* c) { AddKeyword(c, "media-weight-metric", "90"); },
          [](const Stock& s) { EXPECT_EQ(s.weight(), kNotSet); }},
@@ -191,9 +200,15 @@ TEST(PrinterPapersMediaCol, RulesOfTheConversion)
          [](const Stock& s) { EXPECT_EQ(s.size(), 4); }},
         {"C5 envelope found as 9 x 11\" by its 229 mm edge",
          [](ipp_t* c) { AddKeyword(c, "media-type", "envelope"), AddSize(c, 16200, 22900); },
-         [](const Stock& s) { EXPECT_EQ(s.size(), 8); EXPECT_EQ(s.type(), 8); }},
+         [](const Stock& s) {
+             EXPECT_EQ(s.size(), 8);
+             EXPECT_EQ(s.type(), 8);
+         }},
         {"no coatings: sides and coating written unset", [](ipp_t*) {},
-         [](const Stock& s) { EXPECT_EQ(s.sidesCoated(), kNotSet); EXPECT_EQ(s.coatingType(), kNotSet); }},
+         [](const Stock& s) {
+             EXPECT_EQ(s.sidesCoated(), kNotSet);
+             EXPECT_EQ(s.coatingType(), kNotSet);
+         }},
         {"names compare exactly", [](ipp_t* c) { AddKeyword(c, "Media-Color", "red"); },
          [](const Stock& s) { EXPECT_EQ(s.color(), kNotSet); }},
     };

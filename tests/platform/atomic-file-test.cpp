@@ -151,13 +151,14 @@ TEST_F(AtomicFile, AFailureAtTheKthCallOfEveryOperationKeepsTheOldFile)
         ScopedFileIo seam(Injector::io());
         ASSERT_TRUE(WriteFileAtomically(target_, newBytes, 0600));
     }
-    const std::map<std::string, int> expectedCalls = {{"makeTemp", 1}, {"write", 5}, {"fchmod", 1}, {"fsync", 2},
-                                                       {"close", 2},    {"rename", 1}, {"openFolder", 1}};
+    const std::map<std::string, int> expectedCalls = {{"makeTemp", 1}, {"write", 5},  {"fchmod", 1},    {"fsync", 2},
+                                                      {"close", 2},    {"rename", 1}, {"openFolder", 1}};
     EXPECT_EQ(Injector::calls, expectedCalls);
     for (const auto& [op, count] : expectedCalls)
         for (int k = 1; k <= count; ++k)
-            EXPECT_TRUE(std::any_of(std::begin(rows), std::end(rows),
-                                    [&, op = op](const Row& r) { return r.op == op && r.k == k && r.err != EINTR && r.err != EINVAL; }))
+            EXPECT_TRUE(std::any_of(
+                std::begin(rows), std::end(rows),
+                [&, op = op](const Row& r) { return r.op == op && r.k == k && r.err != EINTR && r.err != EINVAL; }))
                 << op << " call " << k << " has no failure row";
 
     for (const auto& row : rows) {
@@ -188,9 +189,9 @@ TEST_F(AtomicFile, TemporaryNamesAreRecognisedStrictly)
     } cases[] = {
         {".talmo-tmp.1234.com.talmo.print.jobnotes.plist.Ab12Cd", true, 1234},
         {".talmo-tmp.7..Ab12Cd", true, 7},
-        {".talmo-tmp.1234.Ab12Cd", false, 0},          // no target part
-        {".talmo-tmp.x.file.Ab12Cd", false, 0},        // no pid
-        {".talmo-tmp.0.file.Ab12Cd", false, 0},        // pid 0 is never a writer
+        {".talmo-tmp.1234.Ab12Cd", false, 0},             // no target part
+        {".talmo-tmp.x.file.Ab12Cd", false, 0},           // no pid
+        {".talmo-tmp.0.file.Ab12Cd", false, 0},           // pid 0 is never a writer
         {".talmo-tmp.99999999999.file.Ab12Cd", false, 0}, // beyond pid_t
         {"talmo-tmp.12.file.Ab12Cd", false, 0},
         {"com.talmo.print.jobnotes.plist", false, 0},

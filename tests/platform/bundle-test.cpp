@@ -24,10 +24,7 @@ protected:
     }
     void TearDown() override { fs::remove_all(root); }
 
-    void write(const fs::path& rel, const std::string& text)
-    {
-        std::ofstream(dir / rel, std::ios::binary) << text;
-    }
+    void write(const fs::path& rel, const std::string& text) { std::ofstream(dir / rel, std::ios::binary) << text; }
 
     fs::path root, dir;
 };
@@ -66,7 +63,8 @@ TEST_F(BundleTest, RefusesAMissingFolderABrokenDescriptionAndAnUnsafeLibraryName
     EXPECT_FALSE(Bundle::open(dir.string()));
     write("Info.plist", "<plist version=\"1.0\"><array/></plist>");
     EXPECT_FALSE(Bundle::open(dir.string()));
-    write("Info.plist", "<plist version=\"1.0\"><dict><key>CFBundleExecutable</key><string>../x.so</string></dict></plist>");
+    write("Info.plist",
+          "<plist version=\"1.0\"><dict><key>CFBundleExecutable</key><string>../x.so</string></dict></plist>");
     auto b = Bundle::open(dir.string());
     ASSERT_TRUE(b);
     EXPECT_FALSE(b->executablePath());

@@ -31,25 +31,27 @@ TEST(PlistWriter, WritesTheStandardLayoutByteForByte)
     d->set("list", a);
     d->set("bytes", makeData({0, 1, 2, 255}));
     d->set("when", makeDate(0));
-    const std::string expected = doc(
-        "<dict>\n"
-        "\t<key>name</key>\n\t<string>A &amp; &lt;B&gt;</string>\n"
-        "\t<key>count</key>\n\t<integer>-2147483648</integer>\n"
-        "\t<key>ratio</key>\n\t<real>0.75</real>\n"
-        "\t<key>on</key>\n\t<true/>\n"
-        "\t<key>off</key>\n\t<false/>\n"
-        "\t<key>empty</key>\n\t<dict/>\n"
-        "\t<key>list</key>\n\t<array>\n\t\t<string></string>\n\t\t<array/>\n\t</array>\n"
-        "\t<key>bytes</key>\n\t<data>\n\tAAEC/w==\n\t</data>\n"
-        "\t<key>when</key>\n\t<date>2001-01-01T00:00:00Z</date>\n"
-        "</dict>\n");
+    const std::string expected = doc("<dict>\n"
+                                     "\t<key>name</key>\n\t<string>A &amp; &lt;B&gt;</string>\n"
+                                     "\t<key>count</key>\n\t<integer>-2147483648</integer>\n"
+                                     "\t<key>ratio</key>\n\t<real>0.75</real>\n"
+                                     "\t<key>on</key>\n\t<true/>\n"
+                                     "\t<key>off</key>\n\t<false/>\n"
+                                     "\t<key>empty</key>\n\t<dict/>\n"
+                                     "\t<key>list</key>\n\t<array>\n\t\t<string></string>\n\t\t<array/>\n\t</array>\n"
+                                     "\t<key>bytes</key>\n\t<data>\n\tAAEC/w==\n\t</data>\n"
+                                     "\t<key>when</key>\n\t<date>2001-01-01T00:00:00Z</date>\n"
+                                     "</dict>\n");
     EXPECT_EQ(writePlist(d), expected);
 }
 
 TEST(PlistWriter, NeverWritesCharactersXmlForbids)
 {
     auto d = makeDict();
-    d->setString("k\x01", std::string("a\x00" "b\x1f\r\n\t\xef\xbf\xbe\xff" "c", 12));
+    d->setString("k\x01", std::string("a\x00"
+                                      "b\x1f\r\n\t\xef\xbf\xbe\xff"
+                                      "c",
+                                      12));
     std::string xml = writePlist(d);
     EXPECT_NE(xml.find("<key>k</key>"), std::string::npos);
     EXPECT_NE(xml.find("<string>ab&#xD;\n\tc</string>"), std::string::npos) << xml;
@@ -129,9 +131,10 @@ TEST(PlistNumbers, StrictSyntax)
         const char* text;
         bool ok;
         double value;
-    } reals[] = {{"0.75", true, 0.75}, {"-3", true, -3}, {"1e3", true, 1000}, {".5", true, 0.5}, {"5.", true, 5},
-                 {"0,75", false, 0}, {"", false, 0}, {"1e", false, 0}, {"e3", false, 0}, {"1.2.3", false, 0},
-                 {"0x10", false, 0}, {" 1", false, 0}, {"+inf", true, HUGE_VAL}, {"1e999", true, HUGE_VAL}};
+    } reals[] = {{"0.75", true, 0.75},     {"-3", true, -3},         {"1e3", true, 1000}, {".5", true, 0.5},
+                 {"5.", true, 5},          {"0,75", false, 0},       {"", false, 0},      {"1e", false, 0},
+                 {"e3", false, 0},         {"1.2.3", false, 0},      {"0x10", false, 0},  {" 1", false, 0},
+                 {"+inf", true, HUGE_VAL}, {"1e999", true, HUGE_VAL}};
     for (const auto& c : reals) {
         double v = 0;
         EXPECT_EQ(parseRealText(c.text, v), c.ok) << c.text;

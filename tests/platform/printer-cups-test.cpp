@@ -52,8 +52,7 @@ private:
             http_t* http = httpAcceptConnection(fd_, 1);
             if (!http)
                 continue;
-            while (!stop_ && serveOne(http)) {
-            }
+            while (!stop_ && serveOne(http)) { }
             httpClose(http);
         }
     }
@@ -68,8 +67,7 @@ private:
         if (state != HTTP_STATE_POST && state != HTTP_STATE_GET)
             return false;
         http_status_t status;
-        while ((status = httpUpdate(http)) == HTTP_STATUS_CONTINUE) {
-        }
+        while ((status = httpUpdate(http)) == HTTP_STATUS_CONTINUE) { }
         if (status != HTTP_STATUS_OK)
             return false;
         if (state == HTTP_STATE_GET)

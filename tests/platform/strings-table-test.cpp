@@ -104,7 +104,8 @@ TEST(StringsTable, ReadsUtf16WithEitherByteOrderMark)
     for (const auto& bytes : {le, be}) {
         auto d = parseStringsTable(bytes);
         ASSERT_TRUE(d);
-        EXPECT_EQ(d->getString("K"), "Gr\xC3\xBC\xC3\x9F" "e \xF0\x9F\x98\x80");
+        EXPECT_EQ(d->getString("K"), "Gr\xC3\xBC\xC3\x9F"
+                                     "e \xF0\x9F\x98\x80");
     }
     StringsParseResult r;
     EXPECT_FALSE(parseStringsTable(std::string("\xFF\xFE\x22\x00\x00\xD8\x22\x00", 8), &r));

@@ -83,9 +83,9 @@ TEST(SystemVersion, ParsesTwoOrThreeNumbers)
         bool ok;
         int major, minor, bugfix;
     };
-    const Case cases[] = {{"10.5", true, 10, 5, 0}, {"10.4.11", true, 10, 4, 11}, {"11.0.1", true, 11, 0, 1},
-                          {"10", false, 0, 0, 0},   {"10.", false, 0, 0, 0},      {"10.4.11.1", false, 0, 0, 0},
-                          {"10.-4", false, 0, 0, 0}, {"10..4", false, 0, 0, 0},   {"", false, 0, 0, 0},
+    const Case cases[] = {{"10.5", true, 10, 5, 0},         {"10.4.11", true, 10, 4, 11}, {"11.0.1", true, 11, 0, 1},
+                          {"10", false, 0, 0, 0},           {"10.", false, 0, 0, 0},      {"10.4.11.1", false, 0, 0, 0},
+                          {"10.-4", false, 0, 0, 0},        {"10..4", false, 0, 0, 0},    {"", false, 0, 0, 0},
                           {"99999999999.1", false, 0, 0, 0}};
     for (const auto& c : cases) {
         auto v = internal::parseSystemVersion(c.text);

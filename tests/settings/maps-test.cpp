@@ -24,10 +24,7 @@ std::vector<Row> RowsOf(const SettingMap* map)
     return rows;
 }
 
-bool operator==(const Row& a, const Row& b)
-{
-    return a.key == b.key && a.value == b.value && a.command == b.command;
-}
+bool operator==(const Row& a, const Row& b) { return a.key == b.key && a.value == b.value && a.command == b.command; }
 
 void PrintTo(const Row& r, std::ostream* os) { *os << '"' << r.key << "\" = " << r.value << " cmd " << r.command; }
 
@@ -36,9 +33,8 @@ class InstalledOptions {
 public:
     explicit InstalledOptions(std::set<std::string> installed)
     {
-        SetInstalledFeatureHook([installed = std::move(installed)](const std::string& f) {
-            return installed.count(f) != 0;
-        });
+        SetInstalledFeatureHook(
+            [installed = std::move(installed)](const std::string& f) { return installed.count(f) != 0; });
     }
     ~InstalledOptions() { SetInstalledFeatureHook(nullptr); }
 };
@@ -75,16 +71,12 @@ TEST(SettingMapLookup, TicketToUIFindsTheOneBasedRowOrMinusOne)
         int32_t item;
     };
     const Case cases[] = {
-        {_AntialiasingMap, 2, 3},
-        {_AntialiasingMap, 5, -1},
-        {_AntialiasingMap, kNotSet, 1},
-        {_HalftoneScreenMap, 14, 7},
-        {_CMYKSourceProfileMap, 3, 16},
-        {_WatermarkMap, -9, 6},
+        {_AntialiasingMap, 2, 3},       {_AntialiasingMap, 5, -1},
+        {_AntialiasingMap, kNotSet, 1}, {_HalftoneScreenMap, 14, 7},
+        {_CMYKSourceProfileMap, 3, 16}, {_WatermarkMap, -9, 6},
         {_OutputDestHCSS_BKMap, 1, 1}, // "TopTray" shares 1 with "Auto": the first row wins
         {kDescriptionLike, 7, 2},      // unmatched value falls back to the row holding 0
-        {kDescriptionLike, kNotSet, 1},
-        {kEmpty, 1, -1},
+        {kDescriptionLike, kNotSet, 1}, {kEmpty, 1, -1},
     };
     for (const Case& c : cases)
         EXPECT_EQ(TicketToUI(c.map, c.value), c.item) << "value " << c.value;
@@ -231,12 +223,20 @@ TEST(SettingMapTables, PublishedRowsAreExact)
         {"_JobTypeMap", _JobTypeMap, {{"Normal", 1}, {"SavedJob", 3}, {"BackgroundForms", 9}}},
         {"_JobFormatMap",
          _JobFormatMap,
-         {{"PrinterDefault", D}, {"SinglePageTIFF", 1}, {"MultiPageTIFF", 2}, {"FastReprint", 4}, {"FastReprintDRI", 5}}},
+         {{"PrinterDefault", D},
+          {"SinglePageTIFF", 1},
+          {"MultiPageTIFF", 2},
+          {"FastReprint", 4},
+          {"FastReprintDRI", 5}}},
         {"_PlexMap", _PlexMap, {{"PrinterDefault", D}, {"Simplex", 1}, {"Duplex", 2}, {"DuplexShort", 3}}},
         {"_DuplexMap", _DuplexMap, {{"Simplex", 1}, {"Duplex", 2}, {"DuplexShort", 3}}},
         {"_CoverOptionMap",
          _CoverOptionMap,
-         {{"No Covers", 1}, {"Front Cover Only", 2}, {"Back Cover Only", 3}, {"Same Covers", 4}, {"Different Covers", 5}}},
+         {{"No Covers", 1},
+          {"Front Cover Only", 2},
+          {"Back Cover Only", 3},
+          {"Same Covers", 4},
+          {"Different Covers", 5}}},
         {"_StockLibraryMap",
          _StockLibraryMap,
          {{"SetupStockLibrary", 1, FourCC("Slib")},
@@ -380,10 +380,20 @@ TEST(SettingMapTables, EveryRowValueFindsARow)
 {
     // A 0 row ends every search, so one hidden in the middle of an ordinary map would make
     // the rows after it unreachable.
-    const SettingMap* maps[] = {_CoverOptionMap, _InsertOptionMap, _SavedJobSaveOptionRadioMap, _WatermarkMap,
-                                _WatermarkOptionsMap, _BookletWatermarkBackgroundFormsMap, _HighlightPrintingColorMap,
-                                _HighlightMappingColorMap, _HighlightMappingAlgorithmMap, _HighlightMismatchColorMap,
-                                _ComplexFoldMap, _ComplexBookletFoldMap, _HolePunchOptionsMap, _StockLibraryMap};
+    const SettingMap* maps[] = {_CoverOptionMap,
+                                _InsertOptionMap,
+                                _SavedJobSaveOptionRadioMap,
+                                _WatermarkMap,
+                                _WatermarkOptionsMap,
+                                _BookletWatermarkBackgroundFormsMap,
+                                _HighlightPrintingColorMap,
+                                _HighlightMappingColorMap,
+                                _HighlightMappingAlgorithmMap,
+                                _HighlightMismatchColorMap,
+                                _ComplexFoldMap,
+                                _ComplexBookletFoldMap,
+                                _HolePunchOptionsMap,
+                                _StockLibraryMap};
     for (const SettingMap* map : maps)
         for (int32_t i = 1; i <= CountMaps(map); ++i)
             EXPECT_EQ(TicketToUI(map, UIToTicket(map, i)) > 0, true) << map[i - 1].key;

@@ -139,13 +139,13 @@ TEST_F(MenuFromMap, HistoryStringsGoAfterTheInsertPositionInOrder)
 {
     StoreHistory("TRCHistory", {pl::makeString("Curve B"), pl::makeInt(7), pl::makeString("Curve A")});
     PopupButtonModel popup;
-    int32_t count = PopulatePopupButtonFromMapAndHistory(bundle(), popup, _JobFormatMap, kJobContextJob,
-                                                         "TRCHistory", 1, FourCC("Hist"), FourCC("Map "));
+    int32_t count = PopulatePopupButtonFromMapAndHistory(bundle(), popup, _JobFormatMap, kJobContextJob, "TRCHistory",
+                                                         1, FourCC("Hist"), FourCC("Map "));
     EXPECT_EQ(count, 7);
     EXPECT_EQ(popup.maximum, 7);
-    EXPECT_EQ(Labels(popup.menu), (std::vector<std::string>{"Printer Default", "Curve B", "Curve A",
-                                                             "Single-Page TIFF", "Multi-Page TIFF", "Fast Reprint",
-                                                             "Fast Reprint with DRI"}));
+    EXPECT_EQ(Labels(popup.menu),
+              (std::vector<std::string>{"Printer Default", "Curve B", "Curve A", "Single-Page TIFF", "Multi-Page TIFF",
+                                        "Fast Reprint", "Fast Reprint with DRI"}));
     EXPECT_EQ(popup.menu.item(2)->command, FourCC("Hist"));
     EXPECT_EQ(popup.menu.item(4)->command, FourCC("Map "));
 }

@@ -20,8 +20,8 @@ TEST(CountDigits, CountsDecimalDigitsOfTheMagnitude)
         int32_t value;
         int32_t digits;
     };
-    const Case cases[] = {{0, 1},       {1000, 4},      {-7, 1},         {9, 1},          {10, 2},
-                          {99, 2},      {100, 3},       {999999, 6},     {1000000, 7},    {-1000, 4},
+    const Case cases[] = {{0, 1},          {1000, 4},       {-7, 1},          {9, 1},        {10, 2},
+                          {99, 2},         {100, 3},        {999999, 6},      {1000000, 7},  {-1000, 4},
                           {INT32_MAX, 10}, {INT32_MIN, 10}, {1000000000, 10}, {999999999, 9}};
     for (const Case& c : cases)
         EXPECT_EQ(CountDigits(c.value), c.digits) << c.value;
@@ -38,19 +38,14 @@ TEST(LocalizedDecimals, ImpliedDecimalsInEnglishAndGerman)
         const char* text;
     };
     const Case cases[] = {
-        {"en_US.UTF-8", 1250, 2, "12.50"},
-        {"en_US.UTF-8", 1, 2, "0.01"},
-        {"en_US.UTF-8", -1921, 2, "-19.21"},
-        {"en_US.UTF-8", 4880, 1, "488.0"},
-        {"en_US.UTF-8", 1250, 0, "1,250"},
-        {"de_DE.UTF-8", 1250, 2, "12,50"},
-        {"de_DE.UTF-8", -3300, 1, "-330,0"},
-        {"de_DE@euro", 125000, 2, "1.250,00"},
-        {"C", 1250, 2, "12.50"},
+        {"en_US.UTF-8", 1250, 2, "12.50"},   {"en_US.UTF-8", 1, 2, "0.01"},         {"en_US.UTF-8", -1921, 2, "-19.21"},
+        {"en_US.UTF-8", 4880, 1, "488.0"},   {"en_US.UTF-8", 1250, 0, "1,250"},     {"de_DE.UTF-8", 1250, 2, "12,50"},
+        {"de_DE.UTF-8", -3300, 1, "-330,0"}, {"de_DE@euro", 125000, 2, "1.250,00"}, {"C", 1250, 2, "12.50"},
     };
     for (const Case& c : cases) {
         ScopedEnv all("LC_ALL", c.locale);
-        EXPECT_EQ(CreateLocalizedCFStringFromNumberWithDecimals(c.value, c.decimals), std::optional<std::string>(c.text))
+        EXPECT_EQ(CreateLocalizedCFStringFromNumberWithDecimals(c.value, c.decimals),
+                  std::optional<std::string>(c.text))
             << c.locale << " " << c.value << "/" << c.decimals;
     }
 }
@@ -90,9 +85,9 @@ TEST(XMLEntities, NamedEntitiesAreReplacedOnce)
     const Case cases[] = {
         {"a &lt;b&gt; c", "a <b> c"},
         {"Tom &amp; Jerry", "Tom & Jerry"},
-        {"&amp;lt;", "&lt;"},          // replacement text is not scanned again
+        {"&amp;lt;", "&lt;"}, // replacement text is not scanned again
         {"&unknown; & &;", "&unknown; & &;"},
-        {"&num;", "&num;"},            // a non-string value is no entity
+        {"&num;", "&num;"}, // a non-string value is no entity
         {"&&amp;", "&&"},
         {"trailing &", "trailing &"},
         {"&quot;x&quot;", "\"x\""},

@@ -140,10 +140,8 @@ TEST(CompleteStockSizeMap, ExamplesOfTheTableHoldExactly)
         int32_t code;
         Measures m;
     } cases[] = {
-        {"LetterStockSize", 1, {21600, 27900, 612, 792}},
-        {"LegalStockSize", 2, {21600, 35600, 612, 1008}},
-        {"A4StockSize", 4, {21000, 29700, 595, 842}},
-        {"TabloidStockSize", 3, {27900, 43200, 792, 1224}},
+        {"LetterStockSize", 1, {21600, 27900, 612, 792}},       {"LegalStockSize", 2, {21600, 35600, 612, 1008}},
+        {"A4StockSize", 4, {21000, 29700, 595, 842}},           {"TabloidStockSize", 3, {27900, 43200, 792, 1224}},
         {"SRA3 (320 x 450 mm)", 15, {32000, 45000, 907, 1276}},
     };
     for (const auto& c : cases) {
@@ -224,8 +222,7 @@ TEST(StockSizeMap, OffersFortyOneSizesAllKnownToTheCompleteTable)
     EXPECT_STREQ(_StockSizeMap[40].key, "Custom...");
     EXPECT_EQ(_StockSizeMap[40].ticketValue, 75);
     // The menu spells two sizes differently; every other key matches the complete table's.
-    const std::map<int32_t, std::string> respelled = {{11, "Oversize Tabloid (12 x 18\")"},
-                                                      {7, "223x297StockSize"}};
+    const std::map<int32_t, std::string> respelled = {{11, "Oversize Tabloid (12 x 18\")"}, {7, "223x297StockSize"}};
     for (size_t i = 1; i < 40; ++i) {
         const auto& item = _StockSizeMap[i];
         const auto* row = rowOfCode(item.ticketValue);
@@ -246,11 +243,16 @@ TEST(StockMaps, RowCounts)
         const SettingMap* map;
         size_t rows;
     } maps[] = {
-        {"_StockColorMap", _StockColorMap, 14},   {"_CompleteStockColorMap", _CompleteStockColorMap, 14},
-        {"_StockTypeMap", _StockTypeMap, 10},     {"_CompleteStockTypeMap", _CompleteStockTypeMap, 11},
-        {"_StockPunchedMap", _StockPunchedMap, 3}, {"_SidesCoatedMap", _SidesCoatedMap, 4},
-        {"_CoatingTypeMap", _CoatingTypeMap, 5},  {"_FinishMap", _FinishMap, 4},
-        {"_GrainMap", _GrainMap, 3},              {"_WeightMap", _WeightMap, 8},
+        {"_StockColorMap", _StockColorMap, 14},
+        {"_CompleteStockColorMap", _CompleteStockColorMap, 14},
+        {"_StockTypeMap", _StockTypeMap, 10},
+        {"_CompleteStockTypeMap", _CompleteStockTypeMap, 11},
+        {"_StockPunchedMap", _StockPunchedMap, 3},
+        {"_SidesCoatedMap", _SidesCoatedMap, 4},
+        {"_CoatingTypeMap", _CoatingTypeMap, 5},
+        {"_FinishMap", _FinishMap, 4},
+        {"_GrainMap", _GrainMap, 3},
+        {"_WeightMap", _WeightMap, 8},
         {"_StockDescriptionMap", _StockDescriptionMap, 2},
     };
     for (const auto& m : maps) {

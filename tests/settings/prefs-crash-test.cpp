@@ -62,10 +62,7 @@ std::string runInChild(const std::function<std::string()>& body)
     return report;
 }
 
-void writeProcFile(const char* path, const std::string& text)
-{
-    std::ofstream(path) << text;
-}
+void writeProcFile(const char* path, const std::string& text) { std::ofstream(path) << text; }
 
 // Enters a mount namespace of its own (and a user namespace first when not root), with every
 // mount private, so that what the caller mounts is invisible outside and gone when it exits.
@@ -140,7 +137,8 @@ std::string killWritersRepeatedly(const std::string& folder, const std::string& 
     for (const auto& text : texts)
         if (!WriteFileAtomically(file, text, 0600))
             return "a plain write failed";
-    const auto roundUs = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start);
+    const auto roundUs =
+        std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start);
     std::mt19937 rng(20261122);
     std::uniform_int_distribution<long> delayUs(0, std::clamp<long>(roundUs.count(), 100, 8000));
 
@@ -223,8 +221,7 @@ TEST_F(PrefsCrash, FullDiskFailsWithTheMessageAndKeepsTheOldFile)
         // Fill what is left of the disk.
         const int fd = ::open((configHome() + "/filler").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
         const std::string block(4096, 'f');
-        while (::write(fd, block.data(), block.size()) > 0) {
-        }
+        while (::write(fd, block.data(), block.size()) > 0) { }
         const int fillErr = errno;
         ::close(fd);
         if (fillErr != ENOSPC)

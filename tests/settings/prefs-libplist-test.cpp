@@ -103,7 +103,7 @@ std::vector<uint8_t> allBytes()
     return v;
 }
 
-class PrefsLibplist : public test::PrefsHome {};
+class PrefsLibplist : public test::PrefsHome { };
 
 TEST_F(PrefsLibplist, IndependentParserReadsEveryValueWeWrite)
 {

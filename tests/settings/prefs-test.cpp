@@ -18,7 +18,7 @@ mode_t modeOf(const std::string& path)
     return ::stat(path.c_str(), &st) == 0 ? (st.st_mode & 07777) : 0;
 }
 
-class Prefs : public PrefsHome {};
+class Prefs : public PrefsHome { };
 
 // --- Folder mapping ---
 
@@ -149,7 +149,8 @@ TEST_F(Prefs, SharedFileThatIsNotXmlPrintsTheParseErrorAndReadsAsNull)
         const char* expectedMessage;
     };
     const Case cases[] = {
-        {"this is not XML", "CopyXMLData()::CFPropertyListCreateFromXMLData() error: line 1: Start tag expected, '<' not found\n"},
+        {"this is not XML",
+         "CopyXMLData()::CFPropertyListCreateFromXMLData() error: line 1: Start tag expected, '<' not found\n"},
         {"<plist>\n<dict>\n<key>a</key>\n</dict>\n</plist>\n",
          "CopyXMLData()::CFPropertyListCreateFromXMLData() error: line 3: <key>a</key> has no value\n"},
         {"", "CopyXMLData()::CFPropertyListCreateFromXMLData() error: line 1: Document is empty\n"},
@@ -188,17 +189,18 @@ TEST_F(Prefs, WritesTheStandardXmlOwnerOnlyCreatingTheFolder)
     d->setString("JobName", "Q3 <draft> & notes");
     d->setInt("Copies", 2);
     ASSERT_TRUE(WriteUserPreferences(kInputHistory, d));
-    EXPECT_EQ(readAll(prefsFile(kInputHistory)),
-              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-              "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
-              "<plist version=\"1.0\">\n"
-              "<dict>\n"
-              "\t<key>JobName</key>\n"
-              "\t<string>Q3 &lt;draft&gt; &amp; notes</string>\n"
-              "\t<key>Copies</key>\n"
-              "\t<integer>2</integer>\n"
-              "</dict>\n"
-              "</plist>\n");
+    EXPECT_EQ(
+        readAll(prefsFile(kInputHistory)),
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+        "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+        "<plist version=\"1.0\">\n"
+        "<dict>\n"
+        "\t<key>JobName</key>\n"
+        "\t<string>Q3 &lt;draft&gt; &amp; notes</string>\n"
+        "\t<key>Copies</key>\n"
+        "\t<integer>2</integer>\n"
+        "</dict>\n"
+        "</plist>\n");
     EXPECT_EQ(modeOf(prefsFolder()), 0700u);
     EXPECT_EQ(modeOf(prefsFile(kInputHistory)), 0600u);
     EXPECT_TRUE(pl::equal(CopyUserPreferences(kInputHistory), d));

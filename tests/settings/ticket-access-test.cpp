@@ -152,13 +152,25 @@ TEST(DictionaryNumbers, SetStoresIntegersAndRealsByType)
 TEST(DictionaryStrings, ConvertsFromTheGivenEncodingOrStoresNothing)
 {
     auto d = pl::makeDict();
-    EXPECT_TRUE(CFDictionarySetCString(d, "utf8", "Gr\xC3\xBC\xC3\x9F" "e", kCFStringEncodingUTF8));
-    EXPECT_TRUE(CFDictionarySetCString(d, "latin1", "Gr\xFC\xDF" "e", kCFStringEncodingISOLatin1));
-    EXPECT_TRUE(CFDictionarySetCString(d, "macroman", "Gr\x9F\xA7" "e", kCFStringEncodingMacRoman));
+    EXPECT_TRUE(CFDictionarySetCString(d, "utf8",
+                                       "Gr\xC3\xBC\xC3\x9F"
+                                       "e",
+                                       kCFStringEncodingUTF8));
+    EXPECT_TRUE(CFDictionarySetCString(d, "latin1",
+                                       "Gr\xFC\xDF"
+                                       "e",
+                                       kCFStringEncodingISOLatin1));
+    EXPECT_TRUE(CFDictionarySetCString(d, "macroman",
+                                       "Gr\x9F\xA7"
+                                       "e",
+                                       kCFStringEncodingMacRoman));
     EXPECT_TRUE(CFDictionarySetCString(d, "ascii", "plain", kCFStringEncodingASCII));
-    EXPECT_EQ(d->getString("utf8"), "Gr\xC3\xBC\xC3\x9F" "e");
-    EXPECT_EQ(d->getString("latin1"), "Gr\xC3\xBC\xC3\x9F" "e");
-    EXPECT_EQ(d->getString("macroman"), "Gr\xC3\xBC\xC3\x9F" "e");
+    EXPECT_EQ(d->getString("utf8"), "Gr\xC3\xBC\xC3\x9F"
+                                    "e");
+    EXPECT_EQ(d->getString("latin1"), "Gr\xC3\xBC\xC3\x9F"
+                                      "e");
+    EXPECT_EQ(d->getString("macroman"), "Gr\xC3\xBC\xC3\x9F"
+                                        "e");
     EXPECT_FALSE(CFDictionarySetCString(d, "bad", "\xC3", kCFStringEncodingUTF8));
     EXPECT_FALSE(CFDictionarySetCString(d, "bad", "\xE9t\xE9", kCFStringEncodingASCII));
     EXPECT_FALSE(CFDictionarySetCString(d, "bad", "x", CFStringEncoding(0x1234)));

@@ -107,7 +107,7 @@ TEST_F(BackgroundFormsTest, FormNamesAreWrittenByTheirRules)
     ASSERT_EQ(o.setMergeWithString("Letterhead"), noErr);
     ASSERT_EQ(o.setNewFormString("Invoice"), noErr);
     auto d = o.asTicket();
-    EXPECT_FALSE(d->contains("MergeWithString"));  // a new form is being made
+    EXPECT_FALSE(d->contains("MergeWithString")); // a new form is being made
     EXPECT_EQ(d->getString("NewFormString"), "Invoice");
     EXPECT_EQ(keysOf(d).back(), "NewFormString");
 
@@ -125,9 +125,10 @@ TEST_F(BackgroundFormsTest, CyclePagesCheckedOnlyTakesRepeatPages)
         bool unchecked;
         OSStatus expected;
     } cases[] = {
-        {1, false, paramErr},      {1, true, noErr},     {0, true, noErr},           {0, false, paramErr},
-        {2, false, noErr},         {999999, false, noErr}, {1000000, false, paramErr}, {1000000, true, noErr},
-        {-5, false, paramErr},     {INT32_MIN, false, paramErr},
+        {1, false, paramErr},         {1, true, noErr},       {0, true, noErr},
+        {0, false, paramErr},         {2, false, noErr},      {999999, false, noErr},
+        {1000000, false, paramErr},   {1000000, true, noErr}, {-5, false, paramErr},
+        {INT32_MIN, false, paramErr},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << c.value << (c.unchecked ? " unchecked" : " checked"));
@@ -147,9 +148,8 @@ TEST_F(BackgroundFormsTest, ApplyPagesRowsSetCyclePages)
         OSStatus expected;
         int32_t applyPagesFrom, cyclePages;
     } cases[] = {
-        {1, 0, noErr, 1, 1},           {2, 500, noErr, 2, 0},        {3, 2, noErr, 3, 2},
-        {3, 999999, noErr, 3, 999999}, {3, 1, paramErr, 3, 77},      {3, 1000000, paramErr, 3, 77},
-        {4, 5, paramErr, 3, 77},       {0, 5, paramErr, 3, 77},
+        {1, 0, noErr, 1, 1},     {2, 500, noErr, 2, 0},         {3, 2, noErr, 3, 2},     {3, 999999, noErr, 3, 999999},
+        {3, 1, paramErr, 3, 77}, {3, 1000000, paramErr, 3, 77}, {4, 5, paramErr, 3, 77}, {0, 5, paramErr, 3, 77},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << "row " << c.row << " from " << c.fromPage);
@@ -181,7 +181,7 @@ TEST_F(BackgroundFormsTest, FromTicketResetsEveryFieldTheDictionaryLacks)
     o.setMergeWithString("Old");
     o.setNewFormString("Older");
 
-    o.fromTicket(nullptr);  // nothing changes
+    o.fromTicket(nullptr); // nothing changes
     int32_t v = 0;
     o.cyclePages(&v);
     EXPECT_EQ(v, 500);
@@ -228,7 +228,7 @@ TEST_F(BackgroundFormsTest, HistoryFallsBackToTheFeatureFile)
         EXPECT_TRUE(existing->empty());
         EXPECT_TRUE(created->empty());
     }
-    fs::remove(userFile());  // the record above saved its (empty) history
+    fs::remove(userFile()); // the record above saved its (empty) history
 
     // A feature file without the arrays changes nothing.
     auto features = pl::makeDict();
@@ -275,9 +275,9 @@ TEST_F(BackgroundFormsTest, DestroyingARecordSavesItsHistoryKeepingOtherEntries)
     {
         BackgroundFormsOptions o;
         auto [existing, created] = arraysOf(o);
-        existing->insert(0, pl::makeString("B"));  // the dialogs add names in place
+        existing->insert(0, pl::makeString("B")); // the dialogs add names in place
         o.setNewFormsArray(strings({"N2"}));
-        EXPECT_TRUE(pl::equal(readUserFile()->get("ExistingFormsArray"), strings({"A"})));  // not yet
+        EXPECT_TRUE(pl::equal(readUserFile()->get("ExistingFormsArray"), strings({"A"}))); // not yet
     }
     auto saved = readUserFile();
     ASSERT_TRUE(saved);
@@ -293,7 +293,9 @@ TEST_F(BackgroundFormsTest, DestroyingARecordSavesItsHistoryKeepingOtherEntries)
 TEST_F(BackgroundFormsTest, ANullDictionaryRecordNeverWipesTheHistory)
 {
     writeFile(userFile(), pl::writePlist(history(strings({"Keep"}), strings({"Me"}))));
-    { BackgroundFormsOptions o{pl::DictPtr()}; }
+    {
+        BackgroundFormsOptions o{pl::DictPtr()};
+    }
     EXPECT_TRUE(pl::equal(readUserFile()->get("ExistingFormsArray"), strings({"Keep"})));
     EXPECT_TRUE(pl::equal(readUserFile()->get("NewFormsArray"), strings({"Me"})));
 }

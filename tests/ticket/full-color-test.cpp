@@ -58,8 +58,8 @@ TEST(FullColorRanges, AdjustmentSettersAcceptUnsetOrMinus100To100)
         {"saturation", &FullColorOptions::setSaturation, &FullColorOptions::saturation, 30},
     };
     const RangeCase values[] = {
-        {"upper bound", 100, noErr}, {"lower bound", -100, noErr}, {"unset", kNotSet, noErr},
-        {"above", 101, paramErr},    {"below", -101, paramErr},    {"least + 1", INT32_MIN + 1, paramErr},
+        {"upper bound", 100, noErr},   {"lower bound", -100, noErr}, {"unset", kNotSet, noErr},
+        {"above", 101, paramErr},      {"below", -101, paramErr},    {"least + 1", INT32_MIN + 1, paramErr},
         {"most", INT32_MAX, paramErr},
     };
     for (const auto& f : fields) {
@@ -81,12 +81,8 @@ TEST(FullColorRanges, ColorCastStoresAllThreeOrNone)
         int32_t cr, mg, yb;
         OSStatus expected;
     } cases[] = {
-        {-100, 0, 100, noErr},
-        {kNotSet, 5, kNotSet, noErr},
-        {101, 0, 0, paramErr},
-        {0, -101, 0, paramErr},
-        {0, 0, 1000, paramErr},
-        {50, 50, INT32_MIN + 1, paramErr},
+        {-100, 0, 100, noErr},  {kNotSet, 5, kNotSet, noErr}, {101, 0, 0, paramErr},
+        {0, -101, 0, paramErr}, {0, 0, 1000, paramErr},       {50, 50, INT32_MIN + 1, paramErr},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << c.cr << " " << c.mg << " " << c.yb);
@@ -116,8 +112,8 @@ TEST(FullColorRanges, TrapSizesAre0To20ComparedUnsigned)
         int32_t slow, fast;
         OSStatus expected;
     } cases[] = {
-        {0, 20, noErr},  {kNotSet, 7, noErr}, {20, kNotSet, noErr}, {21, 0, paramErr},
-        {0, 21, paramErr}, {-1, 5, paramErr}, {5, -1, paramErr},   {INT32_MAX, 0, paramErr},
+        {0, 20, noErr},    {kNotSet, 7, noErr}, {20, kNotSet, noErr}, {21, 0, paramErr},
+        {0, 21, paramErr}, {-1, 5, paramErr},   {5, -1, paramErr},    {INT32_MAX, 0, paramErr},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << c.slow << " " << c.fast);
@@ -138,8 +134,8 @@ TEST(FullColorRanges, TrapSizesAre0To20ComparedUnsigned)
 TEST(FullColorProfiles, CustomNameLengthIsCountedInUtf16Units)
 {
     const std::string a254(254, 'a'), a255(255, 'a'), a256(256, 'a');
-    const std::string clef = "\xF0\x9D\x84\x9E";  // U+1D11E: 4 bytes, 2 units
-    const std::string e = "\xC3\xA9";             // U+00E9: 2 bytes, 1 unit
+    const std::string clef = "\xF0\x9D\x84\x9E"; // U+1D11E: 4 bytes, 2 units
+    const std::string e = "\xC3\xA9";            // U+00E9: 2 bytes, 1 unit
     std::string clefs127, clefs128, e255, e256;
     for (int i = 0; i < 127; ++i)
         clefs127 += clef;
@@ -214,7 +210,7 @@ TEST(FullColorProfiles, CustomKindNeedsANameOtherKindsDropIt)
     name = "untouched";
     ASSERT_EQ(o.rgbImagesProfile(&kind, &name), noErr);
     EXPECT_EQ(kind, 4);
-    EXPECT_EQ(name, "untouched");  // the name output is written only for the custom kind
+    EXPECT_EQ(name, "untouched"); // the name output is written only for the custom kind
     EXPECT_EQ(o.asTicket()->getInt("RGBImagesProfile"), 4);
     // The custom kind needs the name output.
     ASSERT_EQ(o.setDestinationProfile(kDestinationProfileCustom, "X"), noErr);
@@ -242,12 +238,12 @@ TEST(FullColorTicket, DefaultRecordWritesAnEmptyDictionary)
 TEST(FullColorTicket, WritesEveryKeyInOrderWithProfileTypesCarryingTheCustomCase)
 {
     auto d = filled().asTicket();
-    EXPECT_EQ(keysOf(d), (std::vector<std::string>{
-                             "FCLightness", "FCContrast", "FCSaturation", "FCColorCast", "FCTrapping",
-                             "FCTrappingFastDirection", "FCTrappingSlowDirection", "FCBlackOverprint", "FCTRC",
-                             "RGBImagesProfile", "RGBTextAndGraphicsProfile", "CMYKImagesProfile",
-                             "CMYKTextAndGraphicsProfile", "GrayImagesProfile", "GrayTextAndGraphicsProfile",
-                             "DestinationProfile", "ImageRendering", "TextRendering", "GraphicRendering"}));
+    EXPECT_EQ(keysOf(d),
+              (std::vector<std::string>{"FCLightness", "FCContrast", "FCSaturation", "FCColorCast", "FCTrapping",
+                                        "FCTrappingFastDirection", "FCTrappingSlowDirection", "FCBlackOverprint",
+                                        "FCTRC", "RGBImagesProfile", "RGBTextAndGraphicsProfile", "CMYKImagesProfile",
+                                        "CMYKTextAndGraphicsProfile", "GrayImagesProfile", "GrayTextAndGraphicsProfile",
+                                        "DestinationProfile", "ImageRendering", "TextRendering", "GraphicRendering"}));
     auto cast = d->getDict("FCColorCast");
     ASSERT_TRUE(cast);
     EXPECT_EQ(keysOf(cast), (std::vector<std::string>{"FCCyanRed", "FCMagentaGreen", "FCYellowBlue"}));
@@ -289,7 +285,7 @@ TEST(FullColorTicket, TrapSizesAreWrittenOnlyWhileTrappingIsOn)
     EXPECT_FALSE(d->contains("FCTrappingSlowDirection"));
     int32_t slow = 0, fast = 0;
     o.trappingAdjustment(&slow, &fast);
-    EXPECT_EQ(std::make_pair(slow, fast), std::make_pair(4, 5));  // kept in the record
+    EXPECT_EQ(std::make_pair(slow, fast), std::make_pair(4, 5)); // kept in the record
     FullColorOptions(d).trappingAdjustment(&slow, &fast);
     EXPECT_EQ(std::make_pair(slow, fast), std::make_pair(kNotSet, kNotSet));
 
@@ -316,7 +312,7 @@ TEST(FullColorTicket, ProfileValuesReadByType)
     d->setInt("RGBTextAndGraphicsProfile", 4);
     d->setString("CMYKImagesProfile", "Coated");
     d->setString("DestinationProfile", "Proof");
-    d->setInt("GrayImagesProfile", 1);  // gray keys are taken only as strings
+    d->setInt("GrayImagesProfile", 1); // gray keys are taken only as strings
     const FullColorOptions o(d);
     int32_t kind = 0;
     Name name;
@@ -341,13 +337,13 @@ TEST(FullColorTicket, WrongTypedOrRefusedValuesLeaveDefaults)
 {
     auto d = pl::makeDict();
     d->setString("FCLightness", "10");
-    d->setInt("FCContrast", 101);                    // refused by the setter
-    d->setInt("FCSaturation", int64_t(1) << 33);     // does not fit the field
-    d->setInt("FCColorCast", 5);                     // not a dictionary
+    d->setInt("FCContrast", 101);                // refused by the setter
+    d->setInt("FCSaturation", int64_t(1) << 33); // does not fit the field
+    d->setInt("FCColorCast", 5);                 // not a dictionary
     d->setString("FCTrapping", "on");
     d->setBool("FCBlackOverprint", true);
     d->setInt("FCTRC", 3);
-    d->setString("RGBImagesProfile", std::string(256, 'x'));  // too long
+    d->setString("RGBImagesProfile", std::string(256, 'x')); // too long
     d->setInt("CMYKImagesProfile", kCMYKProfileCustom);      // custom kind without a name
     d->set("DestinationProfile", pl::makeArray());
     d->setReal("ImageRendering", 2.5);
@@ -383,7 +379,7 @@ TEST(FullColorTicket, FromTicketOverlaysOnlyWhatTheDictionaryHolds)
     auto d = pl::makeDict();
     d->setInt("FCLightness", -5);
     auto cast = pl::makeDict();
-    cast->setInt("FCMagentaGreen", -7);  // the other two keep the record's values
+    cast->setInt("FCMagentaGreen", -7); // the other two keep the record's values
     d->set("FCColorCast", cast);
     o.fromTicket(d);
     int32_t v = 0, cr = 0, mg = 0, yb = 0;
@@ -398,9 +394,16 @@ TEST(FullColorTicket, FromTicketOverlaysOnlyWhatTheDictionaryHolds)
 std::string label(std::string_view key)
 {
     static const std::map<std::string, std::string, std::less<>> table = {
-        {"PrinterDefault", "<default>"}, {"UseJobSetting", "<job>"}, {"On", "ON"}, {"Off", "OFF"},
-        {"sRGB", "sRGB!"}, {"Commercial CMYK", "Commercial!"}, {"System Specified", "System!"},
-        {"Perceptual", "Perc"}, {"Saturation", "Sat"}, {"Automatic", "Auto"},
+        {"PrinterDefault", "<default>"},
+        {"UseJobSetting", "<job>"},
+        {"On", "ON"},
+        {"Off", "OFF"},
+        {"sRGB", "sRGB!"},
+        {"Commercial CMYK", "Commercial!"},
+        {"System Specified", "System!"},
+        {"Perceptual", "Perc"},
+        {"Saturation", "Sat"},
+        {"Automatic", "Auto"},
     };
     auto it = table.find(key);
     return it == table.end() ? "[" + std::string(key) + "]" : it->second;

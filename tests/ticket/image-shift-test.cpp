@@ -48,10 +48,10 @@ TEST(ImageShiftTicket, WritesEveryKeyInOrderInHundredthsOfAMillimetre)
     EXPECT_EQ(d->getBool("FullPrecision"), true);
     EXPECT_EQ(d->getInt("X1"), 2540);
     EXPECT_EQ(d->getInt("Y1"), -1270);
-    EXPECT_EQ(d->getInt("X2"), 76);     // 76.2 rounds down
-    EXPECT_EQ(d->getInt("Y2"), 32995);  // 32994.6 rounds up
+    EXPECT_EQ(d->getInt("X2"), 76);    // 76.2 rounds down
+    EXPECT_EQ(d->getInt("Y2"), 32995); // 32994.6 rounds up
 
-    o.inches = 7;  // any non-zero unit flag is inch mode and is written as 1
+    o.inches = 7; // any non-zero unit flag is inch mode and is written as 1
     EXPECT_EQ(ImageShiftCreateTicketFromOptions(&o, 0)->getInt("Inches"), 1);
 
     o.inches = 0;
@@ -77,8 +77,11 @@ TEST(ImageShiftTicket, RoundTripRoundsOnWriteAndTruncatesOnRead)
     struct Case {
         int32_t inches, value, stored, readBack;
     } cases[] = {
-        {1, 100, 2540, 100}, {1, 1, 25, 0},     {1, 3, 76, 2},        {1, 5, 127, 5},        {1, -1, -25, 0},
-        {1, -3, -76, -2},    {1, 1921, 48793, 1920}, {1, -1299, -32995, -1299}, {0, 15, 150, 15}, {0, -4880, -48800, -4880},
+        {1, 100, 2540, 100},    {1, 1, 25, 0},
+        {1, 3, 76, 2},          {1, 5, 127, 5},
+        {1, -1, -25, 0},        {1, -3, -76, -2},
+        {1, 1921, 48793, 1920}, {1, -1299, -32995, -1299},
+        {0, 15, 150, 15},       {0, -4880, -48800, -4880},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << "inches " << c.inches << " value " << c.value);
@@ -113,7 +116,7 @@ TEST(ImageShiftTicket, ReadRules)
     old->setInt("X1", 2540);
     _IS_Options r = readBack(old);
     EXPECT_EQ(r.x1, 2540);
-    EXPECT_EQ(r.inches, 1);  // no "Inches": inch mode
+    EXPECT_EQ(r.inches, 1); // no "Inches": inch mode
     EXPECT_EQ(r.valid, 1);
 
     // "FullPrecision" false is the same as absent.
@@ -131,7 +134,7 @@ TEST(ImageShiftTicket, ReadRules)
     EXPECT_EQ(r.inches, 0);
     EXPECT_EQ(r.x1, -15);
     EXPECT_EQ(r.y2, 15);
-    EXPECT_EQ(r.y1, 0);  // absent values are 0
+    EXPECT_EQ(r.y1, 0); // absent values are 0
 
     // A negative unit flag is millimetre mode ("Inches" > 0 decides).
     mm->setInt("Inches", -1);
@@ -147,11 +150,11 @@ TEST(ImageShiftTicket, NullOrWrongTypedValuesReadAsAbsent)
     auto bad = pl::makeDict();
     bad->setString("Option", "3");
     bad->setString("Inches", "0");
-    bad->setInt("FullPrecision", 1);  // only a boolean true converts
+    bad->setInt("FullPrecision", 1); // only a boolean true converts
     bad->setString("X1", "100");
-    bad->setInt("Y1", int64_t(INT32_MAX) + 1);  // does not fit the field
+    bad->setInt("Y1", int64_t(INT32_MAX) + 1); // does not fit the field
     bad->set("X2", pl::makeArray());
-    bad->setReal("Y2", 2540.0);  // an integral real is a number
+    bad->setReal("Y2", 2540.0); // an integral real is a number
     r = readBack(bad);
     EXPECT_EQ(r.option, kNotSet);
     EXPECT_EQ(r.inches, 1);
@@ -198,18 +201,12 @@ TEST(ImageShiftRule, SideTwoFollowsSideOneByMode)
         int32_t mode, x2, y2;
         bool x1Editable, x2Editable, y2Editable;
     } cases[] = {
-        {kNotSet, 7, 9, false, false, false},
-        {1, 7, 9, true, true, true},
-        {2, -50, 20, true, false, false},
-        {3, -50, 9, true, false, true},
-        {4, 7, 20, true, true, false},
-        {5, -50, 20, true, false, false},
-        {6, -50, -20, true, false, false},
-        {7, 50, 20, true, false, false},
-        {8, 50, 9, true, false, true},
-        {9, 7, -20, true, true, false},
-        {10, 50, -20, true, false, false},
-        {11, 7, 9, false, false, false},  // unknown modes act as unset
+        {kNotSet, 7, 9, false, false, false}, {1, 7, 9, true, true, true},
+        {2, -50, 20, true, false, false},     {3, -50, 9, true, false, true},
+        {4, 7, 20, true, true, false},        {5, -50, 20, true, false, false},
+        {6, -50, -20, true, false, false},    {7, 50, 20, true, false, false},
+        {8, 50, 9, true, false, true},        {9, 7, -20, true, true, false},
+        {10, 50, -20, true, false, false},    {11, 7, 9, false, false, false}, // unknown modes act as unset
         {0, 7, 9, false, false, false},
     };
     for (const auto& c : cases) {
@@ -247,12 +244,23 @@ TEST(ImageShiftUnits, ConvertsRoundingHalfAwayFromZero)
         bool toInches;
         int32_t expected;
     } cases[] = {
-        {100, false, 254}, {254, true, 100},  {1921, false, 4879}, {4880, true, 1921}, {25, false, 64},
-        {-25, false, -64}, {1, false, 3},     {-1, false, -3},     {1, true, 0},       {2, true, 1},
-        {-2, true, -1},    {0, true, 0},      {INT32_MAX, false, INT32_MAX},
+        {100, false, 254},
+        {254, true, 100},
+        {1921, false, 4879},
+        {4880, true, 1921},
+        {25, false, 64},
+        {-25, false, -64},
+        {1, false, 3},
+        {-1, false, -3},
+        {1, true, 0},
+        {2, true, 1},
+        {-2, true, -1},
+        {0, true, 0},
+        {INT32_MAX, false, INT32_MAX},
     };
     for (const auto& c : cases)
-        EXPECT_EQ(ImageShiftConvertUnit(c.value, c.toInches), c.expected) << c.value << (c.toInches ? " to in" : " to mm");
+        EXPECT_EQ(ImageShiftConvertUnit(c.value, c.toInches), c.expected)
+            << c.value << (c.toInches ? " to in" : " to mm");
 }
 
 TEST(ImageShiftUnits, SwitchConvertsClampsAndReappliesTheRule)
@@ -262,23 +270,23 @@ TEST(ImageShiftUnits, SwitchConvertsClampsAndReappliesTheRule)
     EXPECT_EQ(o.inches, 0);
     EXPECT_EQ(o.x1, 254);
     EXPECT_EQ(o.y1, -3299);
-    EXPECT_EQ(o.x2, 254);  // tandem: side 2 follows
+    EXPECT_EQ(o.x2, 254); // tandem: side 2 follows
     EXPECT_EQ(o.y2, -3299);
 
-    ImageShiftSwitchUnits(o, false);  // same unit: nothing changes
+    ImageShiftSwitchUnits(o, false); // same unit: nothing changes
     EXPECT_EQ(o.x1, 254);
 
     o.x1 = 4880;
     o.y1 = 3300;
     ImageShiftSwitchUnits(o, true);
     EXPECT_EQ(o.x1, 1921);
-    EXPECT_EQ(o.y1, 1299);  // 1299.2 rounds inside the range
+    EXPECT_EQ(o.y1, 1299); // 1299.2 rounds inside the range
 
     _IS_Options wild = inchRecord(kImageShiftIndependent, 0, 0, 0, 0);
     wild.inches = 0;
     wild.x2 = 20000;
     ImageShiftSwitchUnits(wild, true);
-    EXPECT_EQ(wild.x2, 1921);  // held inside the new range
+    EXPECT_EQ(wild.x2, 1921); // held inside the new range
 }
 
 class ImageShiftSummaryTest : public testing::Test {
@@ -299,9 +307,13 @@ protected:
     static std::string label(std::string_view key)
     {
         static const std::map<std::string, std::string, std::less<>> table = {
-            {"PrinterDefault", "Printer default"}, {"UseJobSetting", "Job setting"},
-            {"Side 1:", "S1:"}, {"Side 2:", "S2:"}, {":", "="},
-            {"Inch abbreviation", "in"}, {"Millimeter abbreviation", "mm"},
+            {"PrinterDefault", "Printer default"},
+            {"UseJobSetting", "Job setting"},
+            {"Side 1:", "S1:"},
+            {"Side 2:", "S2:"},
+            {":", "="},
+            {"Inch abbreviation", "in"},
+            {"Millimeter abbreviation", "mm"},
         };
         auto it = table.find(key);
         return it == table.end() ? "STRING NOT FOUND" : it->second;

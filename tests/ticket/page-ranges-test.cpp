@@ -15,7 +15,7 @@ struct Parsed {
     std::vector<PageRange> ranges;
 };
 
-class PageRangesParses : public testing::TestWithParam<Parsed> {};
+class PageRangesParses : public testing::TestWithParam<Parsed> { };
 
 TEST_P(PageRangesParses, YieldsRanges)
 {
@@ -27,21 +27,20 @@ TEST_P(PageRangesParses, YieldsRanges)
 
 INSTANTIATE_TEST_SUITE_P(
     Texts, PageRangesParses,
-    testing::Values(Parsed{"1-3, 7", true, {{1, 3}, {7, 1}}},
-                    Parsed{"1-3, 7", false, {{1, 1}, {2, 1}, {3, 1}, {7, 1}}},
-                    Parsed{"-4", true, {{1, 4}}},                      // leading dash: from page 1
-                    Parsed{"10-", true, {{10, 99990}}},                // trailing dash: to 99999
-                    Parsed{"99999-", true, {{99999, 1}}},
-                    Parsed{"2 4", true, {{2, 1}, {4, 1}}},             // a blank separates
-                    Parsed{"a3", true, {{3, 1}}},                      // letters are skipped
-                    Parsed{"0", true, {{0, 1}}},
-                    Parsed{",,5,,", true, {{5, 1}}},                   // empty items skipped
-                    Parsed{"3-3", true, {{3, 1}}},
-                    Parsed{"99999", true, {{99999, 1}}},
+    testing::Values(Parsed{"1-3, 7", true, {{1, 3}, {7, 1}}}, Parsed{"1-3, 7", false, {{1, 1}, {2, 1}, {3, 1}, {7, 1}}},
+                    Parsed{"-4", true, {{1, 4}}},       // leading dash: from page 1
+                    Parsed{"10-", true, {{10, 99990}}}, // trailing dash: to 99999
+                    Parsed{"99999-", true, {{99999, 1}}}, Parsed{"2 4", true, {{2, 1}, {4, 1}}}, // a blank separates
+                    Parsed{"a3", true, {{3, 1}}},                                                // letters are skipped
+                    Parsed{"0", true, {{0, 1}}}, Parsed{",,5,,", true, {{5, 1}}},                // empty items skipped
+                    Parsed{"3-3", true, {{3, 1}}}, Parsed{"99999", true, {{99999, 1}}},
                     Parsed{"000000000000000000000000000000012", true, {{12, 1}}},
                     Parsed{"1 - 2 ,\t4", true, {{1, 2}, {4, 1}}},
-                    Parsed{"5-,2", true, {{5, 99995}, {2, 1}}},        // order of items is kept
-                    Parsed{"3\xC3\xA9" "4", true, {{3, 1}, {4, 1}}}, // "3é4": a letter ends the digit run
+                    Parsed{"5-,2", true, {{5, 99995}, {2, 1}}}, // order of items is kept
+                    Parsed{"3\xC3\xA9"
+                           "4",
+                           true,
+                           {{3, 1}, {4, 1}}}, // "3é4": a letter ends the digit run
                     Parsed{"7-9", false, {{7, 1}, {8, 1}, {9, 1}}}));
 
 struct Refused {
@@ -51,7 +50,7 @@ struct Refused {
     size_t position;
 };
 
-class PageRangesRefuses : public testing::TestWithParam<Refused> {};
+class PageRangesRefuses : public testing::TestWithParam<Refused> { };
 
 TEST_P(PageRangesRefuses, WithCodeAndPosition)
 {
@@ -64,17 +63,13 @@ TEST_P(PageRangesRefuses, WithCodeAndPosition)
 
 INSTANTIATE_TEST_SUITE_P(
     Texts, PageRangesRefuses,
-    testing::Values(Refused{"5-3", true, kInvalidRangeOrderErr, 2},
-                    Refused{"1,9-8", true, kInvalidRangeOrderErr, 4},
-                    Refused{"-0", true, kInvalidRangeOrderErr, 1},        // 1 to 0
-                    Refused{"1--3", true, kInvalidPageRangesErr, 2},
-                    Refused{"--3", true, kInvalidPageRangesErr, 1},
+    testing::Values(Refused{"5-3", true, kInvalidRangeOrderErr, 2}, Refused{"1,9-8", true, kInvalidRangeOrderErr, 4},
+                    Refused{"-0", true, kInvalidRangeOrderErr, 1}, // 1 to 0
+                    Refused{"1--3", true, kInvalidPageRangesErr, 2}, Refused{"--3", true, kInvalidPageRangesErr, 1},
                     Refused{"-,2", true, kInvalidPageRangesErr, 1},
-                    Refused{"-", true, kInvalidPageRangesErr, 1},          // the end reads as a comma
-                    Refused{"4, -", false, kInvalidPageRangesErr, 4},
-                    Refused{"", true, kInvalidPageRangesErr, 0},
-                    Refused{",,,", true, kInvalidPageRangesErr, 3},
-                    Refused{"abc", false, kInvalidPageRangesErr, 3},
+                    Refused{"-", true, kInvalidPageRangesErr, 1}, // the end reads as a comma
+                    Refused{"4, -", false, kInvalidPageRangesErr, 4}, Refused{"", true, kInvalidPageRangesErr, 0},
+                    Refused{",,,", true, kInvalidPageRangesErr, 3}, Refused{"abc", false, kInvalidPageRangesErr, 3},
                     Refused{"100000", true, kPageNumberLimitErr, 0},
                     Refused{"3,7-100000", true, kPageNumberLimitErr, 4},
                     Refused{"1--, 123456", true, kInvalidPageRangesErr, 2}, // stops at the first error

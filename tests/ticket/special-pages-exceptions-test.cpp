@@ -19,10 +19,7 @@ struct Span {
     friend bool operator==(const Span&, const Span&) = default;
 };
 
-std::ostream& operator<<(std::ostream& os, const Span& s)
-{
-    return os << s.start << "-" << s.end << "#" << s.tag;
-}
+std::ostream& operator<<(std::ostream& os, const Span& s) { return os << s.start << "-" << s.end << "#" << s.tag; }
 
 std::unique_ptr<ExceptionPage> range(int32_t start, int32_t end, int32_t tag)
 {
@@ -58,7 +55,7 @@ struct WalkCase {
     std::vector<Span> after;
 };
 
-class ExceptionWalk : public testing::TestWithParam<WalkCase> {};
+class ExceptionWalk : public testing::TestWithParam<WalkCase> { };
 
 TEST_P(ExceptionWalk, SplitsTrimsAndReplaces)
 {
@@ -110,9 +107,13 @@ INSTANTIATE_TEST_SUITE_P(
         WalkCase{"FirstPageOfRange", {{1, 10, A}}, {{1, 1, N}}, {{1, 1, N}, {2, 10, A}}},
         WalkCase{"SpansThree", {{1, 3, A}, {5, 7, B}, {9, 12, C}}, {{2, 10, N}}, {{1, 1, A}, {2, 10, N}, {11, 12, C}}},
         WalkCase{"LaterInBatchWins", {}, {{1, 10, N}, {3, 5, M}}, {{1, 2, N}, {3, 5, M}, {6, 10, N}}},
-        WalkCase{"SplitPieceSplitAgain", {{1, 10, A}}, {{3, 5, N}, {7, 8, M}},
+        WalkCase{"SplitPieceSplitAgain",
+                 {{1, 10, A}},
+                 {{3, 5, N}, {7, 8, M}},
                  {{1, 2, A}, {3, 5, N}, {6, 6, A}, {7, 8, M}, {9, 10, A}}},
-        WalkCase{"BatchOutOfOrder", {}, {{20, 30, N}, {1, 5, M}, {25, 26, A}},
+        WalkCase{"BatchOutOfOrder",
+                 {},
+                 {{20, 30, N}, {1, 5, M}, {25, 26, A}},
                  {{1, 5, M}, {20, 24, N}, {25, 26, A}, {27, 30, N}}}),
     [](const testing::TestParamInfo<WalkCase>& info) { return info.param.name; });
 

@@ -91,9 +91,9 @@ TEST(ExceptionPage, WritesKeysInOrderAndOnlyWhenSet)
     e.setHalftoneScreen(12);
     e.setLightenDarken(0); // 0 is "Normal", a set value
     const pl::DictPtr d = e.asTicket();
-    EXPECT_EQ(keys(d), (std::vector<std::string>{"StartPage", "Stock", "EndPage", "com.talmo.print.ImageShiftOptionsPage",
-                                                 "SidesImaged", "FullColorOptionsPage", "Antialiasing", "OutputColor",
-                                                 "HalftoneScreen", "LightenDarken"}));
+    EXPECT_EQ(keys(d), (std::vector<std::string>{
+                           "StartPage", "Stock", "EndPage", "com.talmo.print.ImageShiftOptionsPage", "SidesImaged",
+                           "FullColorOptionsPage", "Antialiasing", "OutputColor", "HalftoneScreen", "LightenDarken"}));
     EXPECT_EQ(d->getInt("SidesImaged"), 3); // the plex, under the cover's key text
     EXPECT_EQ(d->getDict("com.talmo.print.ImageShiftOptionsPage")->getInt("X1"), 150);
     EXPECT_EQ(d->getDict("FullColorOptionsPage")->getString("FCTRC"), "Warm");

@@ -198,9 +198,9 @@ TEST(CoversDialog, OptionsMakeKeepOrRemoveCovers)
         int32_t option;
         bool front, back;
     };
-    for (const Case c : {Case{kNoCovers, false, false}, Case{kFrontCoverOnly, true, false},
-                         Case{kBackCoverOnly, false, true}, Case{kSameCovers, true, true},
-                         Case{kDifferentCovers, true, true}}) {
+    for (const Case c :
+         {Case{kNoCovers, false, false}, Case{kFrontCoverOnly, true, false}, Case{kBackCoverOnly, false, true},
+          Case{kSameCovers, true, true}, Case{kDifferentCovers, true, true}}) {
         CoversDialogResult made;
         ASSERT_EQ(MakeCoversFromDialog(c.option, &front, &back, std::nullopt, &made), noErr);
         EXPECT_EQ(made.front != nullptr, c.front) << c.option;

@@ -55,10 +55,10 @@ TEST(StockDictionary, DefaultStockWritesAnEmptyDictionaryAndReadsBackEqual)
 TEST(StockDictionary, WritesEveryKeyInTableOrderWithItsValue)
 {
     auto d = everythingSet().asTicket();
-    const std::vector<std::string> expected = {
-        "Size",   "Width",       "Length",      "Type",    "CustomType",     "Modulus",       "Color",
-        "CustomColor", "Weight", "Punched",     "Description", "SidesCoated", "kCoatingType", "Finish",
-        "kGrain", "CustomName",  "CustomNameOnly", "CustomComment", "Source"};
+    const std::vector<std::string> expected = {"Size",        "Width",          "Length",        "Type",   "CustomType",
+                                               "Modulus",     "Color",          "CustomColor",   "Weight", "Punched",
+                                               "Description", "SidesCoated",    "kCoatingType",  "Finish", "kGrain",
+                                               "CustomName",  "CustomNameOnly", "CustomComment", "Source"};
     EXPECT_EQ(keysOf(d), expected);
     EXPECT_EQ(d->getInt("Size"), 75);
     EXPECT_EQ(d->getInt("Width"), 22000);

@@ -152,15 +152,15 @@ TEST(StockEquality, TextsCompareWithFullCaseFolding)
     } cases[] = {
         {"My Paper", "my paper", true},
         {"MY PAPER", "My Paper", true},
-        {"STRASSE", "straße", true},         // full folding: ß is ss
-        {"ΣΊΣΥΦΟΣ", "σίσυφος", true},        // final sigma folds like sigma
-        {"Café", "Cafe\u0301", true},        // canonically equivalent spellings
+        {"STRASSE", "straße", true},  // full folding: ß is ss
+        {"ΣΊΣΥΦΟΣ", "σίσυφος", true}, // final sigma folds like sigma
+        {"Café", "Cafe\u0301", true}, // canonically equivalent spellings
         {"CAFÉ", "cafe\u0301", true},
-        {"I", "ı", false},                   // default folding, not the Turkish one
+        {"I", "ı", false}, // default folding, not the Turkish one
         {"Paper", "Paper ", false},
         {"Paper", "Papier", false},
         {"", "", true},
-        {"a\xff", "A\xff", true},            // malformed bytes compare as replacement characters
+        {"a\xff", "A\xff", true}, // malformed bytes compare as replacement characters
     };
     for (const auto& c : cases) {
         Stock a, b;

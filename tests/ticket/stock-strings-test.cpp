@@ -40,11 +40,11 @@ std::map<std::string, std::set<std::string>> englishKeys()
 TEST(StockStrings, EveryKeyOfTheStockTablesAndSummaryHasEnglishText)
 {
     const auto keys = englishKeys();
-    std::set<std::string> needed = {"StockName", "StockSize", "StockColor", "StockType",     "StockWeight",
+    std::set<std::string> needed = {"StockName", "StockSize",      "StockColor",    "StockType",         "StockWeight",
                                     "gsm",       "PrinterDefault", "UseJobSetting", "StockTypePrecutTab"};
-    for (const SettingMap* map : {_StockColorMap, _CompleteStockColorMap, _StockTypeMap, _CompleteStockTypeMap,
-                                  _StockPunchedMap, _SidesCoatedMap, _CoatingTypeMap, _FinishMap, _GrainMap,
-                                  _WeightMap, _StockDescriptionMap, _StockSizeMap})
+    for (const SettingMap* map :
+         {_StockColorMap, _CompleteStockColorMap, _StockTypeMap, _CompleteStockTypeMap, _StockPunchedMap,
+          _SidesCoatedMap, _CoatingTypeMap, _FinishMap, _GrainMap, _WeightMap, _StockDescriptionMap, _StockSizeMap})
         for (const SettingMap* row = map; row->key; ++row)
             needed.insert(row->key);
     for (const auto* row = CompleteStockSizeMap; row->key; ++row)

@@ -92,7 +92,7 @@ TEST(StockSummary, PageLevelShowsOnlySetAttributesAndTheSize)
     EXPECT_EQ(summary(s, kJobContextInserts), "[StockName]:Report|[StockSize]:[A4StockSize]|[StockWeight]:[90] [gsm]");
     // The size line is a page-level line only.
     EXPECT_EQ(summary(s, kJobContextJob), "[StockName]:Report|[StockColor]:[PrinterDefault]|"
-                                            "[StockType]:[PrinterDefault]|[StockWeight]:[90] [gsm]");
+                                          "[StockType]:[PrinterDefault]|[StockWeight]:[90] [gsm]");
     // A type without a colour still shows at page level.
     Stock typed;
     typed.setType(9);
@@ -110,11 +110,32 @@ TEST(StockSummary, ValuesOfEachAttribute)
         {"B3 size", [](Stock& s) { s.setSize(70); }, "[StockSize]:[B3 (105 x 148 mm)]"},
         {"unknown size", [](Stock& s) { s.setSize(99); }, "[StockSize]:STRING NOT FOUND"},
         {"colour", [](Stock& s) { s.setColor(11); }, "[StockColor]:[Ivory]"},
-        {"custom colour", [](Stock& s) { s.setColor(10); s.setCustomColor("Teal"); }, "[StockColor]:Teal"},
+        {"custom colour",
+         [](Stock& s) {
+             s.setColor(10);
+             s.setCustomColor("Teal");
+         },
+         "[StockColor]:Teal"},
         {"unknown colour", [](Stock& s) { s.setColor(99); }, "[StockColor]:STRING NOT FOUND"},
-        {"ordered", [](Stock& s) { s.setType(6); s.setCustomType("Set A"); s.setModulus(3); }, "[StockType]:Set A (3)"},
-        {"precut tab", [](Stock& s) { s.setType(4); s.setModulus(5); }, "[StockType]:[StockTypePrecutTab] (5)"},
-        {"custom type", [](Stock& s) { s.setType(7); s.setCustomType("Card"); }, "[StockType]:Card"},
+        {"ordered",
+         [](Stock& s) {
+             s.setType(6);
+             s.setCustomType("Set A");
+             s.setModulus(3);
+         },
+         "[StockType]:Set A (3)"},
+        {"precut tab",
+         [](Stock& s) {
+             s.setType(4);
+             s.setModulus(5);
+         },
+         "[StockType]:[StockTypePrecutTab] (5)"},
+        {"custom type",
+         [](Stock& s) {
+             s.setType(7);
+             s.setCustomType("Card");
+         },
+         "[StockType]:Card"},
         {"envelope", [](Stock& s) { s.setType(8); }, "[StockType]:[Envelope]"},
         {"unknown type", [](Stock& s) { s.setType(50); }, "[StockType]:STRING NOT FOUND"},
         {"table weight", [](Stock& s) { s.setWeight(250); }, "[StockWeight]:[250] [gsm]"},

@@ -56,16 +56,20 @@ TEST(TPifCommands, EveryCommandAndValue)
         {6, 1, kw("toner-saver", "standard")},
         {6, 2, ""},
         {7, 0, "\t\t<job-offset syntax=\"1setOf\">\n\t\t\t<value syntax=\"keyword\">none</value>\n\t\t</job-offset>\n"},
-        {7, 1, "\t\t<job-offset syntax=\"1setOf\">\n\t\t\t<value syntax=\"keyword\">offset-set</value>\n\t\t</job-offset>\n"},
+        {7, 1,
+         "\t\t<job-offset syntax=\"1setOf\">\n\t\t\t<value syntax=\"keyword\">offset-set</value>\n\t\t</job-offset>\n"},
         {7, 2,
-         "\t\t<job-offset syntax=\"1setOf\">\n\t\t\t<value syntax=\"keyword\">offset-subset</value>\n\t\t</job-offset>\n"},
+         "\t\t<job-offset syntax=\"1setOf\">\n\t\t\t<value "
+         "syntax=\"keyword\">offset-subset</value>\n\t\t</job-offset>\n"},
         {7, 3,
          "\t\t<job-offset syntax=\"1setOf\">\n\t\t\t<value syntax=\"keyword\">offset-set</value>\n"
          "\t\t\t<value syntax=\"keyword\">offset-subset</value>\n\t\t</job-offset>\n"},
-        {7, 4, "\t\t<job-offset syntax=\"1setOf\">\n\t\t\t<value syntax=\"keyword\">offset-job</value>\n\t\t</job-offset>\n"},
+        {7, 4,
+         "\t\t<job-offset syntax=\"1setOf\">\n\t\t\t<value syntax=\"keyword\">offset-job</value>\n\t\t</job-offset>\n"},
         {7, 5, "\t\t<job-offset syntax=\"1setOf\">\n\t\t</job-offset>\n"},
         {8, 25,
-         "\t\t<pages-per-subset syntax=\"1setOf\">\n\t\t\t<value syntax=\"integer\">25</value>\n\t\t</pages-per-subset>\n"},
+         "\t\t<pages-per-subset syntax=\"1setOf\">\n\t\t\t<value "
+         "syntax=\"integer\">25</value>\n\t\t</pages-per-subset>\n"},
         {9, 2, kw("adjust-bw-darkness-mode", "normal")},
         {9, 3, kw("adjust-bw-darkness-mode", "dravik180-adjustable")},
         {9, 1, ""},
@@ -144,18 +148,18 @@ TEST(TPifCommands, EveryCallLogsTheDebugLine)
 TEST(TPifHalfTone, IndexTable)
 {
     const std::vector<std::pair<int32_t, const char*>> table = {
-        {1, "85-lpi"},          {16, "85-lpi"},          {2, "106-lpi"},         {17, "106-lpi"},
-        {3, "125-lpi"},         {30, "125-lpi"},         {4, "134-lpi"},         {5, "156-lpi"},
-        {31, "156-lpi"},        {6, "200-dpi"},          {7, "150-dpi"},         {8, "200-lpi"},
-        {9, "300-lpi"},         {10, "600-lpi"},         {11, "300-dpi"},        {12, "600-dpi"},
-        {13, "175-dpi"},        {14, "stochastic"},      {15, "53-lpi"},         {18, "71-lpi"},
-        {19, "85-lpi-enhanced"}, {20, "106-lpi-enhanced"}, {21, "120-lpi"},      {22, "141-lpi"},
-        {23, "56-lpi"},         {24, "60-lpi"},          {25, "107-lpi-normal"}, {26, "107-lpi-light"},
-        {27, "107-lpi-dark"},   {28, "151-lpi"},         {29, "42-lpi"},         {32, "54-lpi"},
-        {33, "85-lpi-normal"},  {34, "85-lpi-light"},    {35, "85-lpi-dark"},    {36, "106-lpi-normal"},
-        {37, "106-lpi-light"},  {38, "106-lpi-dark"},    {39, "120-lpi-normal"}, {40, "120-lpi-light"},
-        {41, "120-lpi-dark"},   {42, "125-lpi-normal"},  {43, "125-lpi-light"},  {44, "125-lpi-dark"},
-        {45, "134-lpi-normal"}, {46, "134-lpi-light"},   {47, "134-lpi-dark"},   {51, "150-lpi"},
+        {1, "85-lpi"},           {16, "85-lpi"},           {2, "106-lpi"},         {17, "106-lpi"},
+        {3, "125-lpi"},          {30, "125-lpi"},          {4, "134-lpi"},         {5, "156-lpi"},
+        {31, "156-lpi"},         {6, "200-dpi"},           {7, "150-dpi"},         {8, "200-lpi"},
+        {9, "300-lpi"},          {10, "600-lpi"},          {11, "300-dpi"},        {12, "600-dpi"},
+        {13, "175-dpi"},         {14, "stochastic"},       {15, "53-lpi"},         {18, "71-lpi"},
+        {19, "85-lpi-enhanced"}, {20, "106-lpi-enhanced"}, {21, "120-lpi"},        {22, "141-lpi"},
+        {23, "56-lpi"},          {24, "60-lpi"},           {25, "107-lpi-normal"}, {26, "107-lpi-light"},
+        {27, "107-lpi-dark"},    {28, "151-lpi"},          {29, "42-lpi"},         {32, "54-lpi"},
+        {33, "85-lpi-normal"},   {34, "85-lpi-light"},     {35, "85-lpi-dark"},    {36, "106-lpi-normal"},
+        {37, "106-lpi-light"},   {38, "106-lpi-dark"},     {39, "120-lpi-normal"}, {40, "120-lpi-light"},
+        {41, "120-lpi-dark"},    {42, "125-lpi-normal"},   {43, "125-lpi-light"},  {44, "125-lpi-dark"},
+        {45, "134-lpi-normal"},  {46, "134-lpi-light"},    {47, "134-lpi-dark"},   {51, "150-lpi"},
     };
     for (const auto& [index, name] : table) {
         StringSink s;
@@ -224,10 +228,7 @@ FinishingData fin(int32_t staple, int32_t fold, int32_t hole, int32_t count = kT
 
 const std::string kOpen = "\t\t<finishings syntax=\"1setOf\">\n";
 const std::string kClose = "\t\t</finishings>\n";
-std::string val(int v)
-{
-    return "\t\t\t<value syntax=\"enum\">" + std::to_string(v) + "</value>\n";
-}
+std::string val(int v) { return "\t\t\t<value syntax=\"enum\">" + std::to_string(v) + "</value>\n"; }
 
 TEST(TPifFinishing, ValueLists)
 {
@@ -237,8 +238,8 @@ TEST(TPifFinishing, ValueLists)
     for (auto [in, out] : staple)
         EXPECT_SAME_BYTES(finishing(fin(in, kTPifUnset, kTPifUnset)), kOpen + val(out) + kClose) << in;
     const std::vector<std::pair<int32_t, int>> fold = {
-        {9, 3},      {10, 111},   {11, 1000},  {12, 1001},  {13, 50},   {14, 52},    {15, 13},   {21, 1003}, {22, 1004},
-        {23, 111},   {24, 110},   {25, 1011},  {26, 1008},  {27, 1000}, {28, 1005},  {29, 1001}, {30, 1012}};
+        {9, 3},    {10, 111}, {11, 1000}, {12, 1001}, {13, 50},   {14, 52},   {15, 13},   {21, 1003}, {22, 1004},
+        {23, 111}, {24, 110}, {25, 1011}, {26, 1008}, {27, 1000}, {28, 1005}, {29, 1001}, {30, 1012}};
     for (auto [in, out] : fold)
         EXPECT_SAME_BYTES(finishing(fin(kTPifUnset, in, kTPifUnset)), kOpen + val(out) + kClose) << in;
     const std::vector<std::pair<int32_t, int>> hole = {{31, 93}, {32, 94}, {33, 96}, {34, 95}};
@@ -324,29 +325,32 @@ TEST(TPifMedia, TypeIndexes)
     MediaData pre;
     pre.type = 6;
     pre.prePrinted = 1;
-    EXPECT_SAME_BYTES(media(pre), kMediaOpen + "\t\t\t<media-pre-printed syntax=\"keyword\">pre-printed</media-pre-printed>\n" +
+    EXPECT_SAME_BYTES(media(pre), kMediaOpen +
+                                      "\t\t\t<media-pre-printed syntax=\"keyword\">pre-printed</media-pre-printed>\n" +
                                       kMediaClose);
     pre.prePrinted = 2;
-    EXPECT_SAME_BYTES(media(pre), kMediaOpen + "\t\t\t<media-pre-printed syntax=\"keyword\">letter-head</media-pre-printed>\n" +
+    EXPECT_SAME_BYTES(media(pre), kMediaOpen +
+                                      "\t\t\t<media-pre-printed syntax=\"keyword\">letter-head</media-pre-printed>\n" +
                                       kMediaClose);
 }
 
 TEST(TPifMedia, ColorIndexes)
 {
-    const char* names[] = {"no-color", "white", "pink", "yellow", "blue", "green",
-                           "buff",     "goldenrod", "red", "ivory", "gray", "orange"};
+    const char* names[] = {"no-color", "white",     "pink", "yellow", "blue", "green",
+                           "buff",     "goldenrod", "red",  "ivory",  "gray", "orange"};
     for (int32_t i = 0; i < 12; ++i) {
         MediaData m;
         m.color = i;
-        EXPECT_SAME_BYTES(media(m), kMediaOpen + "\t\t\t<media-color syntax=\"keyword\">" + names[i] + "</media-color>\n" +
-                                        kMediaClose);
+        EXPECT_SAME_BYTES(media(m), kMediaOpen + "\t\t\t<media-color syntax=\"keyword\">" + names[i] +
+                                        "</media-color>\n" + kMediaClose);
     }
     MediaData custom;
     custom.color = 12;
     custom.customColorName = "Sea &amp; sky";
-    EXPECT_SAME_BYTES(media(custom), kMediaOpen +
-                                         "\t\t\t<media-color syntax=\"name\" xml:space=\"preserve\">Sea &amp; sky</media-color>\n" +
-                                         kMediaClose);
+    EXPECT_SAME_BYTES(media(custom),
+                      kMediaOpen +
+                          "\t\t\t<media-color syntax=\"name\" xml:space=\"preserve\">Sea &amp; sky</media-color>\n" +
+                          kMediaClose);
     MediaData none;
     none.color = 13;
     EXPECT_SAME_BYTES(media(none), kMediaOpen + kMediaClose);
@@ -367,21 +371,23 @@ TEST(TPifMedia, FullCollectionOrder)
     m.coatingType = 2;
     m.tooth = 3;
     m.grain = 1;
-    EXPECT_SAME_BYTES(media(m), kMediaOpen + "\t\t\t<media-type syntax=\"keyword\">tab-stock</media-type>\n"
-                                             "\t\t\t<media-order-count syntax=\"integer\">5</media-order-count>\n"
-                                             "\t\t\t<media-weight-metric syntax=\"integer\">120</media-weight-metric>\n"
-                                             "\t\t\t<media-description syntax=\"name\" xml:space=\"preserve\">Tabbed</media-description>\n"
-                                             "\t\t\t<media-hole-count syntax=\"integer\">3</media-hole-count>\n"
-                                             "\t\t\t<media-color syntax=\"keyword\">white</media-color>\n"
-                                             "\t\t\t<media-size syntax=\"collection\">\n"
-                                             "\t\t\t\t<x-dimension syntax=\"integer\">21000</x-dimension>\n"
-                                             "\t\t\t\t<y-dimension syntax=\"integer\">29700</y-dimension>\n"
-                                             "\t\t\t</media-size>\n"
-                                             "\t\t\t<media-front-coating syntax=\"keyword\">high-gloss</media-front-coating>\n"
-                                             "\t\t\t<media-back-coating syntax=\"keyword\">high-gloss</media-back-coating>\n"
-                                             "\t\t\t<media-tooth syntax=\"keyword\">coarse</media-tooth>\n"
-                                             "\t\t\t<media-grain syntax=\"keyword\">y-grain</media-grain>\n" +
-                                    kMediaClose);
+    EXPECT_SAME_BYTES(media(m),
+                      kMediaOpen +
+                          "\t\t\t<media-type syntax=\"keyword\">tab-stock</media-type>\n"
+                          "\t\t\t<media-order-count syntax=\"integer\">5</media-order-count>\n"
+                          "\t\t\t<media-weight-metric syntax=\"integer\">120</media-weight-metric>\n"
+                          "\t\t\t<media-description syntax=\"name\" xml:space=\"preserve\">Tabbed</media-description>\n"
+                          "\t\t\t<media-hole-count syntax=\"integer\">3</media-hole-count>\n"
+                          "\t\t\t<media-color syntax=\"keyword\">white</media-color>\n"
+                          "\t\t\t<media-size syntax=\"collection\">\n"
+                          "\t\t\t\t<x-dimension syntax=\"integer\">21000</x-dimension>\n"
+                          "\t\t\t\t<y-dimension syntax=\"integer\">29700</y-dimension>\n"
+                          "\t\t\t</media-size>\n"
+                          "\t\t\t<media-front-coating syntax=\"keyword\">high-gloss</media-front-coating>\n"
+                          "\t\t\t<media-back-coating syntax=\"keyword\">high-gloss</media-back-coating>\n"
+                          "\t\t\t<media-tooth syntax=\"keyword\">coarse</media-tooth>\n"
+                          "\t\t\t<media-grain syntax=\"keyword\">y-grain</media-grain>\n" +
+                          kMediaClose);
 }
 
 TEST(TPifMedia, OrderCountOnlyForTabAndNamedTypesAndSizeOnlyWithBothDimensions)
@@ -404,8 +410,10 @@ TEST(TPifMedia, Coating)
                "\t\t\t<media-back-coating syntax=\"keyword\">" + back + "</media-back-coating>\n";
     };
     for (int32_t t = 1; t <= 5; ++t) {
-        const std::vector<std::pair<int32_t, std::string>> sides = {
-            {1, coat("none", "none")}, {2, coat(types[t], "none")}, {3, coat(types[t], types[t])}, {4, coat("none", types[t])}};
+        const std::vector<std::pair<int32_t, std::string>> sides = {{1, coat("none", "none")},
+                                                                    {2, coat(types[t], "none")},
+                                                                    {3, coat(types[t], types[t])},
+                                                                    {4, coat("none", types[t])}};
         for (const auto& [s, lines] : sides) {
             MediaData m;
             m.coatedSides = s;
@@ -421,8 +429,9 @@ TEST(TPifMedia, KeyAndSourceStandAlone)
     key.mediaKey = "Gloss 200";
     key.type = 0;
     key.weight = 200;
-    EXPECT_SAME_BYTES(media(key), kMediaOpen + "\t\t\t<media-key syntax=\"name\" xml:space=\"preserve\">Gloss 200</media-key>\n" +
-                                      kMediaClose);
+    EXPECT_SAME_BYTES(media(key),
+                      kMediaOpen + "\t\t\t<media-key syntax=\"name\" xml:space=\"preserve\">Gloss 200</media-key>\n" +
+                          kMediaClose);
     MediaData source;
     source.source = 0;
     EXPECT_SAME_BYTES(media(source), "\t\t<media syntax=\"keyword\">post-fuser-inserter</media>\n");
@@ -516,39 +525,42 @@ TEST(TPifColor, BlockOrderAndDestinationRunningIntoTheNextElement)
     StringSink s;
     tpiftest::DiagCapture quiet;
     WriteTPifFullColor(s.get(), p);
-    EXPECT_SAME_BYTES(s.text,
-                      "\t\t<adjust-lightness syntax =\"integer\">1</adjust-lightness>\n"
-                      "\t\t<adjust-contrast syntax =\"integer\">2</adjust-contrast>\n"
-                      "\t\t<adjust-saturation syntax =\"integer\">3</adjust-saturation>\n"
-                      "\t\t<adjust-cyan-red syntax =\"integer\">4</adjust-cyan-red>\n"
-                      "\t\t<adjust-magenta-green syntax =\"integer\">5</adjust-magenta-green>\n"
-                      "\t\t<adjust-yellow-blue syntax =\"integer\">6</adjust-yellow-blue>\n"
-                      "\t\t<trapping syntax=\"keyword\">all</trapping>\n"
-                      "\t\t<trap-width-fast syntax=\"integer\">7</trap-width-fast>\n"
-                      "\t\t<trap-width-slow syntax=\"integer\">8</trap-width-slow>\n"
-                      "\t\t<black-overprint syntax=\"keyword\">black-overprint-on</black-overprint>\n"
-                      "\t\t<trc syntax=\"collection\">\n"
-                      "\t\t\t<trc-name syntax=\"name\" xml:space=\"preserve\">Curve A</trc-name>\n"
-                      "\t\t</trc>\n"
-                      "\t\t<undefined-source-rgb-images syntax=\"keyword\">sRGB</undefined-source-rgb-images>\n"
-                      "\t\t<undefined-source-rgb-text syntax=\"name\" xml:space=\"preserve\">Mine</undefined-source-rgb-text>\n"
-                      "\t\t<undefined-source-rgb-graphics syntax=\"name\" xml:space=\"preserve\">Mine</undefined-source-rgb-graphics>\n"
-                      "\t\t<undefined-source-cmyk-images syntax=\"keyword\">swop</undefined-source-cmyk-images>\n"
-                      "\t\t<undefined-source-cmyk-text syntax=\"keyword\">Commercial CMYK</undefined-source-cmyk-text>\n"
-                      "\t\t<undefined-source-cmyk-graphics syntax=\"keyword\">Commercial CMYK</undefined-source-cmyk-graphics>\n"
-                      "\t\t<undefined-source-gray-images syntax=\"name\" xml:space=\"preserve\">G1</undefined-source-gray-images>\n"
-                      "\t\t<undefined-source-gray-text syntax=\"name\" xml:space=\"preserve\">G2</undefined-source-gray-text>\n"
-                      "\t\t<undefined-source-gray-graphics syntax=\"name\" xml:space=\"preserve\">G2</undefined-source-gray-graphics>\n"
-                      "\t\t<color-destination-profile-front syntax=\"keyword\">system-specified</color-destination-profile-front>"
-                      "\t\t<color-destination-profile-back syntax=\"keyword\">system-specified</color-destination-profile-back>"
-                      "\t\t<rendering-intent-images syntax=\"keyword\">saturation</rendering-intent-images>\n"
-                      "\t\t<rendering-intent-text syntax=\"keyword\">relative-colorimetric</rendering-intent-text>\n"
-                      "\t\t<rendering-intent-graphics syntax=\"keyword\">absolute-colorimetric</rendering-intent-graphics>\n"
-                      "\t\t<anti-aliasing syntax=\"keyword\">none</anti-aliasing>\n"
-                      "\t\t<halftone-graphics syntax=\"keyword\">200-lpi</halftone-graphics>\n"
-                      "\t\t<halftone-images syntax=\"keyword\">200-lpi</halftone-images>\n"
-                      "\t\t<halftone-text syntax=\"keyword\">200-lpi</halftone-text>\n"
-                      "\t\t<color-effects-type syntax=\"keyword\">color</color-effects-type>\n");
+    EXPECT_SAME_BYTES(
+        s.text,
+        "\t\t<adjust-lightness syntax =\"integer\">1</adjust-lightness>\n"
+        "\t\t<adjust-contrast syntax =\"integer\">2</adjust-contrast>\n"
+        "\t\t<adjust-saturation syntax =\"integer\">3</adjust-saturation>\n"
+        "\t\t<adjust-cyan-red syntax =\"integer\">4</adjust-cyan-red>\n"
+        "\t\t<adjust-magenta-green syntax =\"integer\">5</adjust-magenta-green>\n"
+        "\t\t<adjust-yellow-blue syntax =\"integer\">6</adjust-yellow-blue>\n"
+        "\t\t<trapping syntax=\"keyword\">all</trapping>\n"
+        "\t\t<trap-width-fast syntax=\"integer\">7</trap-width-fast>\n"
+        "\t\t<trap-width-slow syntax=\"integer\">8</trap-width-slow>\n"
+        "\t\t<black-overprint syntax=\"keyword\">black-overprint-on</black-overprint>\n"
+        "\t\t<trc syntax=\"collection\">\n"
+        "\t\t\t<trc-name syntax=\"name\" xml:space=\"preserve\">Curve A</trc-name>\n"
+        "\t\t</trc>\n"
+        "\t\t<undefined-source-rgb-images syntax=\"keyword\">sRGB</undefined-source-rgb-images>\n"
+        "\t\t<undefined-source-rgb-text syntax=\"name\" xml:space=\"preserve\">Mine</undefined-source-rgb-text>\n"
+        "\t\t<undefined-source-rgb-graphics syntax=\"name\" "
+        "xml:space=\"preserve\">Mine</undefined-source-rgb-graphics>\n"
+        "\t\t<undefined-source-cmyk-images syntax=\"keyword\">swop</undefined-source-cmyk-images>\n"
+        "\t\t<undefined-source-cmyk-text syntax=\"keyword\">Commercial CMYK</undefined-source-cmyk-text>\n"
+        "\t\t<undefined-source-cmyk-graphics syntax=\"keyword\">Commercial CMYK</undefined-source-cmyk-graphics>\n"
+        "\t\t<undefined-source-gray-images syntax=\"name\" xml:space=\"preserve\">G1</undefined-source-gray-images>\n"
+        "\t\t<undefined-source-gray-text syntax=\"name\" xml:space=\"preserve\">G2</undefined-source-gray-text>\n"
+        "\t\t<undefined-source-gray-graphics syntax=\"name\" "
+        "xml:space=\"preserve\">G2</undefined-source-gray-graphics>\n"
+        "\t\t<color-destination-profile-front syntax=\"keyword\">system-specified</color-destination-profile-front>"
+        "\t\t<color-destination-profile-back syntax=\"keyword\">system-specified</color-destination-profile-back>"
+        "\t\t<rendering-intent-images syntax=\"keyword\">saturation</rendering-intent-images>\n"
+        "\t\t<rendering-intent-text syntax=\"keyword\">relative-colorimetric</rendering-intent-text>\n"
+        "\t\t<rendering-intent-graphics syntax=\"keyword\">absolute-colorimetric</rendering-intent-graphics>\n"
+        "\t\t<anti-aliasing syntax=\"keyword\">none</anti-aliasing>\n"
+        "\t\t<halftone-graphics syntax=\"keyword\">200-lpi</halftone-graphics>\n"
+        "\t\t<halftone-images syntax=\"keyword\">200-lpi</halftone-images>\n"
+        "\t\t<halftone-text syntax=\"keyword\">200-lpi</halftone-text>\n"
+        "\t\t<color-effects-type syntax=\"keyword\">color</color-effects-type>\n");
 }
 
 TEST(TPifColor, CustomDestinationEndsItsLine)
@@ -588,21 +600,22 @@ TEST(TPifJobTypes, Dispositions)
             j.saveFormat = f;
             j.saveName = "Run &lt;1&gt;";
             j.saveLocation = "file:///job-repository/";
-            EXPECT_SAME_BYTES(jobTypes(j),
-                              std::string("\t\t<job-save-disposition syntax=\"collection\">\n"
-                                          "\t\t\t<save-disposition syntax=\"keyword\">") +
-                                  (d == 2 ? "save-only" : "print-save") +
-                                  "</save-disposition>\n"
-                                  "\t\t\t<save-info syntax=\"1setOf\">\n"
-                                  "\t\t\t\t<value syntax=\"collection\">\n"
-                                  "\t\t\t\t\t<save-location syntax=\"uri\">file:///job-repository/</save-location>\n"
-                                  "\t\t\t\t\t<save-name syntax=\"name\" xml:space=\"preserve\">Run &lt;1&gt;</save-name>\n"
-                                  "\t\t\t\t\t<save-document-format syntax=\"mimeMediaType\">" +
-                                  formats[f] +
-                                  "</save-document-format>\n"
-                                  "\t\t\t\t</value>\n"
-                                  "\t\t\t</save-info>\n"
-                                  "\t\t</job-save-disposition>\n");
+            EXPECT_SAME_BYTES(
+                jobTypes(j),
+                std::string("\t\t<job-save-disposition syntax=\"collection\">\n"
+                            "\t\t\t<save-disposition syntax=\"keyword\">") +
+                    (d == 2 ? "save-only" : "print-save") +
+                    "</save-disposition>\n"
+                    "\t\t\t<save-info syntax=\"1setOf\">\n"
+                    "\t\t\t\t<value syntax=\"collection\">\n"
+                    "\t\t\t\t\t<save-location syntax=\"uri\">file:///job-repository/</save-location>\n"
+                    "\t\t\t\t\t<save-name syntax=\"name\" xml:space=\"preserve\">Run &lt;1&gt;</save-name>\n"
+                    "\t\t\t\t\t<save-document-format syntax=\"mimeMediaType\">" +
+                    formats[f] +
+                    "</save-document-format>\n"
+                    "\t\t\t\t</value>\n"
+                    "\t\t\t</save-info>\n"
+                    "\t\t</job-save-disposition>\n");
         }
 }
 
@@ -610,11 +623,12 @@ TEST(TPifOtherElements, OperationAttributesResolutionShiftPagesAccountingForms)
 {
     StringSink s;
     WriteTPifOpAttrib(s.get(), "Job", "Me");
-    EXPECT_SAME_BYTES(s.text, "\t<tpif-operation-attributes>\n"
-                              "\t\t<job-name syntax=\"name\" xml:space=\"preserve\">Job</job-name>\n"
-                              "\t\t<requesting-user-name syntax=\"name\" xml:space=\"preserve\">Me</requesting-user-name>\n"
-                              "\t\t<document-format syntax=\"mimeMediaType\">application/postscript</document-format>\n"
-                              "\t</tpif-operation-attributes>\n");
+    EXPECT_SAME_BYTES(s.text,
+                      "\t<tpif-operation-attributes>\n"
+                      "\t\t<job-name syntax=\"name\" xml:space=\"preserve\">Job</job-name>\n"
+                      "\t\t<requesting-user-name syntax=\"name\" xml:space=\"preserve\">Me</requesting-user-name>\n"
+                      "\t\t<document-format syntax=\"mimeMediaType\">application/postscript</document-format>\n"
+                      "\t</tpif-operation-attributes>\n");
     StringSink r;
     WriteTPifResolution(r.get(), {1200, 600, 3});
     EXPECT_EQ(r.calls, 1) << "written as one text";
@@ -639,31 +653,35 @@ TEST(TPifOtherElements, OperationAttributesResolutionShiftPagesAccountingForms)
                               "\t\t</page-ranges>\n");
     StringSink a;
     WriteTPifAccounting(a.get(), "u1", "a2");
-    EXPECT_SAME_BYTES(a.text, "\t\t<job-accounting-user-id syntax=\"name\" xml:space=\"preserve\">u1</job-accounting-user-id>\n"
-                              "\t\t<job-account-id syntax=\"name\" xml:space=\"preserve\">a2</job-accounting-id>\n");
+    EXPECT_SAME_BYTES(a.text,
+                      "\t\t<job-accounting-user-id syntax=\"name\" xml:space=\"preserve\">u1</job-accounting-user-id>\n"
+                      "\t\t<job-account-id syntax=\"name\" xml:space=\"preserve\">a2</job-accounting-id>\n");
     StringSink f;
     BgFormsData save;
     save.formName = "Letterhead";
     WriteTPifBackgroundForms(f.get(), save);
-    EXPECT_SAME_BYTES(f.text, "\t\t<form-save syntax=\"collection\">\n"
-                              "\t\t\t<form-save-disposition syntax=\"keyword\">save-only</form-save-disposition>\n"
-                              "\t\t\t<form-save-info syntax=\"1setOf\">\n"
-                              "\t\t\t\t<value syntax=\"collection\">\n"
-                              "\t\t\t\t\t<form-save-location syntax=\"uri\">file:///form-repository/</form-save-location>\n"
-                              "\t\t\t\t\t<form-save-name syntax=\"name\" xml:space=\"preserve\">Letterhead</form-save-name>\n"
-                              "\t\t\t\t\t<form-save-format syntax=\"mimeMediaType\">application/X-single-page-tiff</form-save-format>\n"
-                              "\t\t\t\t</value>\n"
-                              "\t\t\t</form-save-info>\n"
-                              "\t\t</form-save>\n");
+    EXPECT_SAME_BYTES(
+        f.text,
+        "\t\t<form-save syntax=\"collection\">\n"
+        "\t\t\t<form-save-disposition syntax=\"keyword\">save-only</form-save-disposition>\n"
+        "\t\t\t<form-save-info syntax=\"1setOf\">\n"
+        "\t\t\t\t<value syntax=\"collection\">\n"
+        "\t\t\t\t\t<form-save-location syntax=\"uri\">file:///form-repository/</form-save-location>\n"
+        "\t\t\t\t\t<form-save-name syntax=\"name\" xml:space=\"preserve\">Letterhead</form-save-name>\n"
+        "\t\t\t\t\t<form-save-format syntax=\"mimeMediaType\">application/X-single-page-tiff</form-save-format>\n"
+        "\t\t\t\t</value>\n"
+        "\t\t\t</form-save-info>\n"
+        "\t\t</form-save>\n");
 }
 
 TEST(TPifJobNotes, EachNoteOnlyWhenPresent)
 {
     StringSink s;
     WriteTPifJobNotes(s.get(), std::string("Hi"), std::nullopt, std::string(""), std::string("Info"));
-    EXPECT_SAME_BYTES(s.text, "\t\t<job-message-to-operator syntax=\"text\" xml:space=\"preserve\">Hi</job-message-to-operator>\n"
-                              "\t\t<job-sheet-message syntax=\"text\" xml:space=\"preserve\"></job-sheet-message>\n"
-                              "\t\t<job-accounting-data syntax=\"text\" xml:space=\"preserve\">Info</job-accounting-data>\n");
+    EXPECT_SAME_BYTES(
+        s.text, "\t\t<job-message-to-operator syntax=\"text\" xml:space=\"preserve\">Hi</job-message-to-operator>\n"
+                "\t\t<job-sheet-message syntax=\"text\" xml:space=\"preserve\"></job-sheet-message>\n"
+                "\t\t<job-accounting-data syntax=\"text\" xml:space=\"preserve\">Info</job-accounting-data>\n");
 }
 
 TEST(TPifHighlight, KeywordsAndCustomColours)
@@ -678,17 +696,19 @@ TEST(TPifHighlight, KeywordsAndCustomColours)
     h.mismatch = 3;
     StringSink s;
     WriteTPifHLC(s.get(), h);
-    EXPECT_SAME_BYTES(s.text, "\t\t<highlight-colorant syntax=\"keyword\">blue</highlight-colorant>\n"
-                              "\t\t<highlight-map-color syntax=\"name\" xml:space=\"preserve\">talmo-custom-color-2</highlight-map-color>\n"
-                              "\t\t<highlight-map-color-custom-col syntax=\"collection\">\n"
-                              "\t\t\t<color-hsv-col syntax=\"collection\">\n"
-                              "\t\t\t\t<color-hsv-hue syntax=\"integer\">120</color-hsv-hue>\n"
-                              "\t\t\t\t<color-hsv-saturation syntax=\"integer\">50</color-hsv-saturation>\n"
-                              "\t\t\t\t<color-hsv-value syntax=\"integer\">75</color-hsv-value>\n"
-                              "\t\t\t</color-hsv-col>\n"
-                              "\t\t</highlight-map-color-custom-col>\n"
-                              "\t\t<highlight-map syntax=\"keyword\">all-colors</highlight-map>\n"
-                              "\t\t<highlight-colorant-mismatch syntax=\"keyword\">cancel-job</highlight-colorant-mismatch>\n");
+    EXPECT_SAME_BYTES(
+        s.text,
+        "\t\t<highlight-colorant syntax=\"keyword\">blue</highlight-colorant>\n"
+        "\t\t<highlight-map-color syntax=\"name\" xml:space=\"preserve\">talmo-custom-color-2</highlight-map-color>\n"
+        "\t\t<highlight-map-color-custom-col syntax=\"collection\">\n"
+        "\t\t\t<color-hsv-col syntax=\"collection\">\n"
+        "\t\t\t\t<color-hsv-hue syntax=\"integer\">120</color-hsv-hue>\n"
+        "\t\t\t\t<color-hsv-saturation syntax=\"integer\">50</color-hsv-saturation>\n"
+        "\t\t\t\t<color-hsv-value syntax=\"integer\">75</color-hsv-value>\n"
+        "\t\t\t</color-hsv-col>\n"
+        "\t\t</highlight-map-color-custom-col>\n"
+        "\t\t<highlight-map syntax=\"keyword\">all-colors</highlight-map>\n"
+        "\t\t<highlight-colorant-mismatch syntax=\"keyword\">cancel-job</highlight-colorant-mismatch>\n");
     HighlightColorData unknown;
     unknown.colorant = 13;
     unknown.map = 0;

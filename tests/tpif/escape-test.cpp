@@ -21,9 +21,9 @@ TEST(TPifEscape, Policy)
         {"tab\tlf\ncr\r", "tab\tlf\ncr&#xD;"},
         {std::string("nul\0x", 5), "nulx"},
         {"\x01\x02\x08\x0B\x0C\x0E\x1F\x7F", "\x7F"},
-        {"\xEF\xBF\xBE\xEF\xBF\xBF|", "|"},                 // U+FFFE, U+FFFF
-        {"\xED\xA0\x80\xED\xBF\xBF|", "|"},                 // surrogates
-        {"\xC3(\x80\xF4\x90\x80\x80\xC0\xAF|", "(|"},        // truncated, stray, too large, overlong
+        {"\xEF\xBF\xBE\xEF\xBF\xBF|", "|"},           // U+FFFE, U+FFFF
+        {"\xED\xA0\x80\xED\xBF\xBF|", "|"},           // surrogates
+        {"\xC3(\x80\xF4\x90\x80\x80\xC0\xAF|", "(|"}, // truncated, stray, too large, overlong
         {"\xF0\x9F\x98\x80 \xD7\xA9\xD7\x9C e\xCC\x81", "\xF0\x9F\x98\x80 \xD7\xA9\xD7\x9C e\xCC\x81"},
         {"&amp;", "&amp;amp;"},
     };
@@ -111,12 +111,17 @@ void appendUtf8(std::string& o, uint32_t cp)
 size_t escapedSize(uint32_t cp)
 {
     switch (cp) {
-    case '&': return 5;  // &amp;
+    case '&':
+        return 5; // &amp;
     case '<':
-    case '>': return 4;  // &lt; &gt;
-    case '"': return 6;  // &quot;
-    case '\r': return 5; // &#xD;
-    default: return cp < 0x80 ? 1 : cp < 0x800 ? 2 : cp < 0x10000 ? 3 : 4;
+    case '>':
+        return 4; // &lt; &gt;
+    case '"':
+        return 6; // &quot;
+    case '\r':
+        return 5; // &#xD;
+    default:
+        return cp < 0x80 ? 1 : cp < 0x800 ? 2 : cp < 0x10000 ? 3 : 4;
     }
 }
 
@@ -152,24 +157,56 @@ size_t nameRoom(const char* tabs, const char* element)
 
 class Hostile {
 public:
-    explicit Hostile(uint32_t seed) : rng_(seed) {}
+    explicit Hostile(uint32_t seed) : rng_(seed) { }
 
     std::string next()
     {
-        static const std::vector<std::string> pieces = {
-            "&", "<", ">", "\"", "'", "]]>", "<![CDATA[", "&amp;", "&#x1;", "&#xD;", "<!--", "-->", "</job-name>",
-            "<?xml", "\t", "\r", "\n", "\r\n", "\xEF\xBF\xBE", "\xEF\xBF\xBF", "\xF0\x9F\x98\x80", "\xF0\x90\x8D\x88",
-            "\xD7\xA9\xD7\x9C\xD7\x95\xD7\x9D", "\xD9\x85\xD8\xB1\xD8\xAD\xD8\xA8\xD8\xA7", "e\xCC\x81", "\xE2\x80\x8F",
-            "\xE2\x80\xAE", "\xC3", "\x80", "\xED\xA0\x80", "\xED\xBF\xBF", "\xF4\x90\x80\x80", "\xC0\xAF", "\xFF",
-            "word", " ", "Job 12", "\xE2\x82\xAC"};
+        static const std::vector<std::string> pieces = {"&",
+                                                        "<",
+                                                        ">",
+                                                        "\"",
+                                                        "'",
+                                                        "]]>",
+                                                        "<![CDATA[",
+                                                        "&amp;",
+                                                        "&#x1;",
+                                                        "&#xD;",
+                                                        "<!--",
+                                                        "-->",
+                                                        "</job-name>",
+                                                        "<?xml",
+                                                        "\t",
+                                                        "\r",
+                                                        "\n",
+                                                        "\r\n",
+                                                        "\xEF\xBF\xBE",
+                                                        "\xEF\xBF\xBF",
+                                                        "\xF0\x9F\x98\x80",
+                                                        "\xF0\x90\x8D\x88",
+                                                        "\xD7\xA9\xD7\x9C\xD7\x95\xD7\x9D",
+                                                        "\xD9\x85\xD8\xB1\xD8\xAD\xD8\xA8\xD8\xA7",
+                                                        "e\xCC\x81",
+                                                        "\xE2\x80\x8F",
+                                                        "\xE2\x80\xAE",
+                                                        "\xC3",
+                                                        "\x80",
+                                                        "\xED\xA0\x80",
+                                                        "\xED\xBF\xBF",
+                                                        "\xF4\x90\x80\x80",
+                                                        "\xC0\xAF",
+                                                        "\xFF",
+                                                        "word",
+                                                        " ",
+                                                        "Job 12",
+                                                        "\xE2\x82\xAC"};
         std::string s;
         const int kind = std::uniform_int_distribution<int>(0, 99)(rng_);
         if (kind < 3) {
             // Around every line buffer limit, with a multi-byte character or an entity where
             // the cut may fall.
             const size_t target = std::uniform_int_distribution<size_t>(900, 1100)(rng_);
-            static const std::vector<std::string> straddlers = {"\xF0\x9F\x98\x80", "\xE2\x82\xAC", "\xD7\xA9", "&",
-                                                                "\"", "\r", "<"};
+            static const std::vector<std::string> straddlers = {
+                "\xF0\x9F\x98\x80", "\xE2\x82\xAC", "\xD7\xA9", "&", "\"", "\r", "<"};
             while (s.size() < target) {
                 if (std::uniform_int_distribution<int>(0, 15)(rng_) == 0)
                     s += straddlers[std::uniform_int_distribution<size_t>(0, straddlers.size() - 1)(rng_)];
@@ -232,9 +269,9 @@ pl::DictPtr hostileTicket(const std::string& s, bool formUse)
     job->setString("SavedJobLocation", s);
     t->set("com.talmo.print.JobType", job);
     auto color = pl::makeDict();
-    for (const char* k : {"FCTRC", "RGBImagesProfile", "RGBTextAndGraphicsProfile", "CMYKImagesProfile",
-                          "CMYKTextAndGraphicsProfile", "GrayImagesProfile", "GrayTextAndGraphicsProfile",
-                          "DestinationProfile"})
+    for (const char* k :
+         {"FCTRC", "RGBImagesProfile", "RGBTextAndGraphicsProfile", "CMYKImagesProfile", "CMYKTextAndGraphicsProfile",
+          "GrayImagesProfile", "GrayTextAndGraphicsProfile", "DestinationProfile"})
         color->setString(k, s);
     t->set("com.talmo.print.FullColorOptions", color);
     auto forms = pl::makeDict();
@@ -251,7 +288,7 @@ pl::DictPtr hostileTicket(const std::string& s, bool formUse)
 
 struct Field {
     const char* element;
-    size_t room; // SIZE_MAX: never cut
+    size_t room;             // SIZE_MAX: never cut
     bool customName = false; // an empty name is written as "other"
 };
 
@@ -284,7 +321,8 @@ std::vector<Field> fields(bool formUse)
         {"color-destination-profile-front", nameRoom("\t\t", "color-destination-profile-front")},
         {"color-destination-profile-back", nameRoom("\t\t", "color-destination-profile-back")},
         {"job-accounting-user-id", nameRoom("\t\t", "job-accounting-user-id")},
-        {"job-account-id", roomFor("\t\t<job-account-id syntax=\"name\" xml:space=\"preserve\">", "</job-accounting-id>\n")},
+        {"job-account-id",
+         roomFor("\t\t<job-account-id syntax=\"name\" xml:space=\"preserve\">", "</job-accounting-id>\n")},
     };
     if (formUse)
         f.push_back({"form-name", nameRoom("\t\t\t\t", "form-name")});
@@ -369,7 +407,8 @@ TEST(TPifHostileText, NeverChangesTheStructure)
             if (f.customName && kept.empty())
                 expected = "other";
             const auto& got = values[f.element];
-            if (got.empty() || std::any_of(got.begin(), got.end(), [&](const std::string& v) { return v != expected; })) {
+            if (got.empty() ||
+                std::any_of(got.begin(), got.end(), [&](const std::string& v) { return v != expected; })) {
                 ADD_FAILURE() << "string " << i << " reads back wrongly from <" << f.element
                               << ">: " << ::testing::PrintToString(s) << " got "
                               << ::testing::PrintToString(got.empty() ? std::string("<missing>") : got.front())

@@ -69,7 +69,8 @@ TEST(TpifImportHostile, ValidEncodingsAndTheWritersDocumentTypeImport)
     const std::string latin1 = "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n<tpif><tpif-operation-attributes>"
                                "<job-name syntax=\"name\">Caf\xE9</job-name></tpif-operation-attributes></tpif>";
     const std::string doctype = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE tpif SYSTEM "
-                                "\"tpif-v02025.dtd\">\n" + body;
+                                "\"tpif-v02025.dtd\">\n" +
+                                body;
     for (const std::string& text : {body, utf16, latin1, doctype}) {
         std::string why;
         TPIFDocument doc = TPIFReadDocumentFromMemory(text.data(), text.size(), &why);

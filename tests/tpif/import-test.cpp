@@ -29,14 +29,17 @@ const auto* const kProfile = ::testing::AddGlobalTestEnvironment(new ProfileEnvi
 // Wide media limits for the round trips; the clamping has its own test.
 class WideMediaLimits {
 public:
-    WideMediaLimits() { TPIFSetMediaLimitsProvider([] { return TPIFMediaLimits{1, 1, 100000, 100000}; }); }
+    WideMediaLimits()
+    {
+        TPIFSetMediaLimitsProvider([] { return TPIFMediaLimits{1, 1, 100000, 100000}; });
+    }
     ~WideMediaLimits() { TPIFSetMediaLimitsProvider(nullptr); }
 };
 
 pl::DictPtr plistDict(const std::string& body)
 {
-    const std::string xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>" + body +
-                            "</dict></plist>";
+    const std::string xml =
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>" + body + "</dict></plist>";
     pl::ParseResult r;
     auto d = pl::as<pl::Dictionary>(pl::readPlist(xml, &r));
     EXPECT_TRUE(d) << r.message;
@@ -97,14 +100,14 @@ void differences(const pl::ValuePtr& a, const pl::ValuePtr& b, const std::string
         out.push_back(path + (!a ? ": missing in the import" : !b ? ": not expected" : ": differs"));
 }
 
-#define EXPECT_SAME_DICT(actual, expected)                                                                            \
-    do {                                                                                                              \
-        std::vector<std::string> diffs;                                                                               \
-        differences((actual), (expected), "", diffs);                                                                 \
-        std::string all;                                                                                              \
-        for (const auto& d : diffs)                                                                                   \
-            all += d + "\n";                                                                                          \
-        EXPECT_TRUE(diffs.empty()) << all << pl::writePlist(actual);                                                 \
+#define EXPECT_SAME_DICT(actual, expected)                                                                             \
+    do {                                                                                                               \
+        std::vector<std::string> diffs;                                                                                \
+        differences((actual), (expected), "", diffs);                                                                  \
+        std::string all;                                                                                               \
+        for (const auto& d : diffs)                                                                                    \
+            all += d + "\n";                                                                                           \
+        EXPECT_TRUE(diffs.empty()) << all << pl::writePlist(actual);                                                   \
     } while (0)
 
 // ---- round trips ----
@@ -121,8 +124,8 @@ const ExampleCase kExamples[] = {
     {"tpif-finishing-colour", {"highlight-map-color", "color-srgb", "</color-srgb-col>"}},
     // "none" has no row in the job type map; pages to print have no feature.
     {"tpif-plain-job",
-     {"job-save-disposition", "save-disposition", "page-ranges", "<value syntax=\"rangeOfInteger\">",
-      "lower-bound", "upper-bound", "</value>"}},
+     {"job-save-disposition", "save-disposition", "page-ranges", "<value syntax=\"rangeOfInteger\">", "lower-bound",
+      "upper-bound", "</value>"}},
     // The post-fuser inserter source and accounting have no features.
     {"tpif-saved-job-form", {"<media syntax=\"keyword\">", "job-accounting-user-id", "job-account-id"}},
     // A named paper (media-key) and the inserter source have no features: the covers come back
@@ -348,10 +351,10 @@ TEST(TpifImport, DeliberateDifferencesOfTheMaps)
         {"both top trays write \"top\", which maps to 3",
          "<key>com.talmo.print.FinishingOutputDestination</key><integer>2</integer>",
          "com.talmo.print.FinishingOutputDestination", 3},
-        {"the 54 lpi screen imports as printer default", "<key>com.talmo.print.HalftoneScreen</key><integer>32</integer>",
-         "com.talmo.print.HalftoneScreen", kNotSet},
-        {"85-lpi is written for 1 and 16 and reads as 16", "<key>com.talmo.print.HalftoneScreen</key><integer>1</integer>",
-         "com.talmo.print.HalftoneScreen", 16},
+        {"the 54 lpi screen imports as printer default",
+         "<key>com.talmo.print.HalftoneScreen</key><integer>32</integer>", "com.talmo.print.HalftoneScreen", kNotSet},
+        {"85-lpi is written for 1 and 16 and reads as 16",
+         "<key>com.talmo.print.HalftoneScreen</key><integer>1</integer>", "com.talmo.print.HalftoneScreen", 16},
         {"screens without a map row import as printer default",
          "<key>com.talmo.print.HalftoneScreen</key><integer>51</integer>", "com.talmo.print.HalftoneScreen", kNotSet},
         {"a missing duplex is written one-sided", "", "com.talmo.print.FinishingDuplex", 1},
@@ -459,7 +462,8 @@ TEST(TpifImport, InvalidValuesFallBackToTheProfileDefault)
         {"syntax that is not the feature's", "<sides syntax=\"integer\">2</sides>", "com.talmo.print.FinishingDuplex",
          kNotSet},
         {"no syntax at all", "<sides>one-sided</sides>", "com.talmo.print.FinishingDuplex", kNotSet},
-        {"unknown keyword", "<sides syntax=\"keyword\">three-sided</sides>", "com.talmo.print.FinishingDuplex", kNotSet},
+        {"unknown keyword", "<sides syntax=\"keyword\">three-sided</sides>", "com.talmo.print.FinishingDuplex",
+         kNotSet},
         {"number above the range", "<adjust-bw-darkness-value syntax=\"integer\">6</adjust-bw-darkness-value>",
          "com.talmo.print.LightenDarken", kNotSet},
         {"number below the range", "<adjust-bw-darkness-value syntax=\"integer\">-6</adjust-bw-darkness-value>",
@@ -554,9 +558,11 @@ TEST(TpifImport, ConvertKeywordBothDirectionsFirstRowWins)
 TEST(TpifImport, NodeSyntaxFoldsIntoThreeKinds)
 {
     const std::pair<const char*, std::string_view> cases[] = {
-        {"keyword", kTPIFSyntaxKeyword}, {"mimeMediaType", kTPIFSyntaxKeyword}, {"enum", kTPIFSyntaxKeyword},
-        {"integer", kTPIFSyntaxNumber},  {"name", kTPIFSyntaxName},             {"uri", kTPIFSyntaxName},
-        {"text", kTPIFSyntaxName},       {"collection", kTPIFSyntaxUnknown},    {"Keyword", kTPIFSyntaxUnknown},
+        {"keyword", kTPIFSyntaxKeyword}, {"mimeMediaType", kTPIFSyntaxKeyword},
+        {"enum", kTPIFSyntaxKeyword},    {"integer", kTPIFSyntaxNumber},
+        {"name", kTPIFSyntaxName},       {"uri", kTPIFSyntaxName},
+        {"text", kTPIFSyntaxName},       {"collection", kTPIFSyntaxUnknown},
+        {"Keyword", kTPIFSyntaxUnknown},
     };
     for (const auto& [syntax, kind] : cases) {
         const std::string doc = std::string("<tpif><a syntax=\"") + syntax + "\"/></tpif>";
@@ -637,8 +643,9 @@ TEST(TpifImport, SeveralFilesGoIntoOneDictionaryAndAFailureSparesTheOthers)
                                               "\t\t<finishings syntax=\"1setOf\"><value syntax=\"enum\">20</value>"
                                               "</finishings>\n"));
     const auto bad = writeTemp("bad.tpif", "<tpif><job-template-attributes>");
-    const auto b = writeTemp("b.tpif", jobDoc("\t\t<sides syntax=\"keyword\">one-sided</sides>\n"
-                                              "\t\t<page-delivery syntax=\"keyword\">same-order-face-up</page-delivery>\n"));
+    const auto b =
+        writeTemp("b.tpif", jobDoc("\t\t<sides syntax=\"keyword\">one-sided</sides>\n"
+                                   "\t\t<page-delivery syntax=\"keyword\">same-order-face-up</page-delivery>\n"));
     std::vector<OSStatus> statuses;
     auto d = TPIFImportFilesIntoDictionary({a, bad, b, "/nonexistent/x.tpif"}, &statuses);
     EXPECT_EQ(statuses, (std::vector<OSStatus>{noErr, kImportFileFailed, noErr, kImportFileFailed}));

@@ -126,12 +126,28 @@ const std::map<std::string, std::vector<std::string>> kElementFeatures = {
 // Elements the writer produces that no feature imports (and why): members of sets and
 // collections that only frame other values, and attributes the dialog does not keep.
 const std::set<std::string> kNotImported = {
-    "copies", "sheet-collate", "orientation-requested", "document-format", "page-ranges.value.lower-bound",
-    "page-ranges.value.upper-bound", "input-documents.value.lower-bound", "input-documents.value.upper-bound",
-    "job-accounting-user-id", "job-account-id", "media", "media-col.media-key", "highlight-colorant-color",
-    "color-srgb-col.color-srgb-red", "color-srgb-col.color-srgb-green", "color-srgb-col.color-srgb-blue",
-    "color-hsv-col.color-hsv-hue", "color-hsv-col.color-hsv-saturation", "color-hsv-col.color-hsv-value",
-    "form-save.form-save-disposition", "value.form-save-location", "value.form-save-format",
+    "copies",
+    "sheet-collate",
+    "orientation-requested",
+    "document-format",
+    "page-ranges.value.lower-bound",
+    "page-ranges.value.upper-bound",
+    "input-documents.value.lower-bound",
+    "input-documents.value.upper-bound",
+    "job-accounting-user-id",
+    "job-account-id",
+    "media",
+    "media-col.media-key",
+    "highlight-colorant-color",
+    "color-srgb-col.color-srgb-red",
+    "color-srgb-col.color-srgb-green",
+    "color-srgb-col.color-srgb-blue",
+    "color-hsv-col.color-hsv-hue",
+    "color-hsv-col.color-hsv-saturation",
+    "color-hsv-col.color-hsv-value",
+    "form-save.form-save-disposition",
+    "value.form-save-location",
+    "value.form-save-format",
 };
 
 std::string nodeText(xmlNodePtr n)
@@ -230,12 +246,12 @@ protected:
                 continue;
             const std::string syntax = attr(n, "syntax");
             const std::string name = reinterpret_cast<const char*>(n->name);
-            const std::string parent = n->parent && n->parent->type == XML_ELEMENT_NODE
-                                           ? reinterpret_cast<const char*>(n->parent->name)
-                                           : "";
-            const std::string grand = parent.empty() || !n->parent->parent || n->parent->parent->type != XML_ELEMENT_NODE
-                                          ? ""
-                                          : reinterpret_cast<const char*>(n->parent->parent->name);
+            const std::string parent =
+                n->parent && n->parent->type == XML_ELEMENT_NODE ? reinterpret_cast<const char*>(n->parent->name) : "";
+            const std::string grand =
+                parent.empty() || !n->parent->parent || n->parent->parent->type != XML_ELEMENT_NODE
+                    ? ""
+                    : reinterpret_cast<const char*>(n->parent->parent->name);
             const bool leaf = syntax != "collection" && syntax != "1setOf" && syntax != "rangeOfInteger" &&
                               syntax != "resolution" && !syntax.empty();
             if (leaf) {
@@ -262,8 +278,8 @@ protected:
                             break;
                         }
                     }
-                    EXPECT_TRUE(accepted) << what << ": <" << key << " syntax=\"" << syntax << "\">" << text << ": "
-                                          << why;
+                    EXPECT_TRUE(accepted)
+                        << what << ": <" << key << " syntax=\"" << syntax << "\">" << text << ": " << why;
                     ++checked_;
                     break;
                 }
@@ -447,25 +463,30 @@ pl::DictPtr ticketWith(std::initializer_list<std::pair<const char*, pl::ValuePtr
     return t;
 }
 
-pl::ValuePtr num(int64_t v)
-{
-    return pl::makeInt(v);
-}
+pl::ValuePtr num(int64_t v) { return pl::makeInt(v); }
 
 TEST_F(ProfileConsistency, TicketLayerValuesAreAccepted)
 {
     ASSERT_TRUE(features_);
-    const char* simpleKeys[] = {"com.talmo.print.FinishingDuplex",    "com.talmo.print.FinishingOutputDestination",
-                                "com.talmo.print.OPISubsitution",     "com.talmo.print.OPIPrescan",
-                                "com.talmo.print.Antialiasing",       "com.talmo.print.HalftoneScreen",
-                                "com.talmo.print.OutputOrder",        "com.talmo.print.DravikEmulation",
-                                "com.talmo.print.AdvancedRotateImage180", "com.talmo.print.FinishingOutputColor",
-                                "com.talmo.print.Resolution",         "com.talmo.print.FinishingOffset",
-                                "com.talmo.print.FinishingSlipSheet", "com.talmo.print.TonerSaver"};
+    const char* simpleKeys[] = {"com.talmo.print.FinishingDuplex",
+                                "com.talmo.print.FinishingOutputDestination",
+                                "com.talmo.print.OPISubsitution",
+                                "com.talmo.print.OPIPrescan",
+                                "com.talmo.print.Antialiasing",
+                                "com.talmo.print.HalftoneScreen",
+                                "com.talmo.print.OutputOrder",
+                                "com.talmo.print.DravikEmulation",
+                                "com.talmo.print.AdvancedRotateImage180",
+                                "com.talmo.print.FinishingOutputColor",
+                                "com.talmo.print.Resolution",
+                                "com.talmo.print.FinishingOffset",
+                                "com.talmo.print.FinishingSlipSheet",
+                                "com.talmo.print.TonerSaver"};
     for (const char* k : simpleKeys)
         for (int64_t v = -1; v <= 60; ++v)
-            sweep(std::string(k) + " = " + std::to_string(v),
-                  [&](const writeData* s) { WriteTPIFToSink(s, ticketWith({{k, num(v)}})); });
+            sweep(std::string(k) + " = " + std::to_string(v), [&](const writeData* s) {
+                WriteTPIFToSink(s, ticketWith({{k, num(v)}}));
+            });
 
     // Finishing: every choice with every detail value the panels store.
     for (int64_t choice = 0; choice <= 55; ++choice)
@@ -519,7 +540,9 @@ TEST_F(ProfileConsistency, TicketLayerValuesAreAccepted)
             job->setInt("MediaType", format);
             job->setInt("SaveDisposition", 2);
             job->setString("SavedJobName", std::string(900, 'n'));
-            sweep("job type", [&](const writeData* s) { WriteTPIFToSink(s, ticketWith({{"com.talmo.print.JobType", job}})); });
+            sweep("job type", [&](const writeData* s) {
+                WriteTPIFToSink(s, ticketWith({{"com.talmo.print.JobType", job}}));
+            });
         }
     for (bool inches : {true, false})
         for (int sign : {-1, 1}) {

@@ -92,8 +92,8 @@ TEST(TpifSummary, LinesOfEverySection)
 
 TEST(TpifSummary, EmptyTicketGivesTheEightSectionsAndUnknownValuesShowTheFallback)
 {
-    const std::vector<std::string> empty = {"JobNotes", " ", "Job Setup", " ", "Output", " ",
-                                            "Image Adjustment", " ", " ", " ", " ", " "};
+    const std::vector<std::string> empty = {"JobNotes",         " ", "Job Setup", " ", "Output", " ",
+                                            "Image Adjustment", " ", " ",         " ", " ",      " "};
     EXPECT_EQ(summary(pl::makeDict()), empty);
     EXPECT_EQ(summary(nullptr), empty);
 

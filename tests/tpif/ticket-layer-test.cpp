@@ -11,8 +11,8 @@ namespace {
 
 pl::DictPtr ticketFrom(const std::string& xmlDictBody)
 {
-    const std::string xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>" + xmlDictBody +
-                            "</dict></plist>";
+    const std::string xml =
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>" + xmlDictBody + "</dict></plist>";
     pl::ParseResult r;
     auto d = pl::as<pl::Dictionary>(pl::readPlist(xml, &r));
     EXPECT_TRUE(d) << r.message;
@@ -71,8 +71,9 @@ TEST(TPifDocument, NothingWithoutOptionsOrWithoutWhatTheyAskFor)
               "");
     // Each subset option needs its own key in the ticket.
     const std::string cover = "<key>com.talmo.print.SpecialPages.FrontCover</key><dict><key>Stock</key><dict/></dict>";
-    EXPECT_EQ(document(ticketFrom("<key>com.talmo.print.TPIFOptions</key><dict><key>TPIFOptionCovers</key><true/></dict>")),
-              "");
+    EXPECT_EQ(
+        document(ticketFrom("<key>com.talmo.print.TPIFOptions</key><dict><key>TPIFOptionCovers</key><true/></dict>")),
+        "");
     EXPECT_EQ(document(ticketFrom("<key>com.talmo.print.TPIFOptions</key><dict><key>TPIFOptionInserts</key><true/>"
                                   "<key>TPIFOptionExceptions</key><true/></dict>" +
                                   cover)),
@@ -156,10 +157,7 @@ TEST(TPifAccounting, OffAndMissing)
     }
 }
 
-std::string finishingOf(const std::string& keys)
-{
-    return feature(WriteTPIFFinishing, ticketFrom(keys));
-}
+std::string finishingOf(const std::string& keys) { return feature(WriteTPIFFinishing, ticketFrom(keys)); }
 
 std::string k(const char* name, int v)
 {
@@ -198,8 +196,10 @@ TEST(TPifFinishingChoice, ChoiceToRecord)
         {k("FinishingOptions", 18) + k("FinishingFoldValue", 20), vals({1001})},
         {k("FinishingOptions", 30) + k("FinishingHolePunchValue", 33), vals({94, c36})},
         {k("FinishingOptions", 30) + k("FinishingHolePunchValue", 32), vals({93, c36})},
-        {k("FinishingOptions", 30) + k("FinishingHolePunchValue", 34) + k("FinishingHolePunchOptions", 3), vals({96, 90})},
-        {k("FinishingOptions", 30) + k("FinishingHolePunchValue", 35) + k("FinishingHolePunchOptions", 5), vals({95, 92})},
+        {k("FinishingOptions", 30) + k("FinishingHolePunchValue", 34) + k("FinishingHolePunchOptions", 3),
+         vals({96, 90})},
+        {k("FinishingOptions", 30) + k("FinishingHolePunchValue", 35) + k("FinishingHolePunchOptions", 5),
+         vals({95, 92})},
         {k("FinishingOptions", 32), vals({93, c36})},
         {k("FinishingOptions", 33), vals({94, c36})},
         {k("FinishingOptions", 34), vals({96, c36})},
@@ -221,7 +221,8 @@ TEST(TPifFinishingChoice, ChoiceToRecord)
              k("FinishingStaple1Value", 26),
          vals({32, 1008, 95, c36})},
         {k("FinishingOptions", 51) + k("FinishingZFoldValue", 38) + k("FinishingStaple1Value", 13), vals({30, 1011})},
-        {k("FinishingOptions", 52) + k("FinishingZFoldValue", 38) + k("FinishingHolePunchValue", 32), vals({1011, 93, c36})},
+        {k("FinishingOptions", 52) + k("FinishingZFoldValue", 38) + k("FinishingHolePunchValue", 32),
+         vals({1011, 93, c36})},
         // Staple value 9 is not in the staple mapping: no staple, so nothing at all.
         {k("FinishingOptions", 4) + k("FinishingStaple1Value", 9), ""},
         {k("FinishingOptions", 2), ""},
@@ -247,9 +248,10 @@ TEST(TPifFinishingChoice, SlipSheetBeforeFinishingThenOffset)
     const std::string slip = "\t\t<separator-sheets syntax=\"collection\">\n"
                              "\t\t\t<separator-sheets-type syntax=\"keyword\">slip-sheets</separator-sheets-type>\n"
                              "\t\t</separator-sheets>\n";
-    EXPECT_SAME_BYTES(finishingOf(k("FinishingSlipSheet", 2) + k("FinishingOptions", 1) + k("FinishingOffset", 2)),
-                      slip + vals({3}) +
-                          "\t\t<job-offset syntax=\"1setOf\">\n\t\t\t<value syntax=\"keyword\">none</value>\n\t\t</job-offset>\n");
+    EXPECT_SAME_BYTES(
+        finishingOf(k("FinishingSlipSheet", 2) + k("FinishingOptions", 1) + k("FinishingOffset", 2)),
+        slip + vals({3}) +
+            "\t\t<job-offset syntax=\"1setOf\">\n\t\t\t<value syntax=\"keyword\">none</value>\n\t\t</job-offset>\n");
     EXPECT_EQ(finishingOf(k("FinishingSlipSheet", 1)), "");
 }
 
@@ -267,7 +269,8 @@ TEST(TPifOffset, Values)
                                          "\t\t\t<value syntax=\"keyword\">offset-subset</value>\n")},
         {k("FinishingOffset", 6), ""},
         {k("FinishingOffsetEnableSubset", 1) + k("FinishingOffsetPagesPerSubset", 4),
-         "\t\t<pages-per-subset syntax=\"1setOf\">\n\t\t\t<value syntax=\"integer\">4</value>\n\t\t</pages-per-subset>\n"},
+         "\t\t<pages-per-subset syntax=\"1setOf\">\n\t\t\t<value "
+         "syntax=\"integer\">4</value>\n\t\t</pages-per-subset>\n"},
         {k("FinishingOffsetEnableSubset", 0) + k("FinishingOffsetPagesPerSubset", 4), ""},
     };
     for (const auto& [keys, expected] : cases)
@@ -311,8 +314,8 @@ TEST(TPifSimpleFeatures, Conversions)
         {WriteTPIFOPISubsitution, k("OPISubsitution", 1), ""},
         {WriteTPIFOPIPreScan, k("OPIPrescan", 4), kwl("opi-image-pre-scan", "pre-scan-and-gather")},
         {WriteTPIFAntiAliasing, k("Antialiasing", 1), kwl("anti-aliasing", "none")},
-        {WriteTPIFHalftone, k("HalftoneScreen", 12), kwl("halftone-graphics", "600-dpi") +
-                                                         kwl("halftone-images", "600-dpi") + kwl("halftone-text", "600-dpi")},
+        {WriteTPIFHalftone, k("HalftoneScreen", 12),
+         kwl("halftone-graphics", "600-dpi") + kwl("halftone-images", "600-dpi") + kwl("halftone-text", "600-dpi")},
         {WriteTPIFLightenDarken, k("LightenDarken", 5),
          "\t\t<adjust-bw-darkness-value syntax=\"integer\">5</adjust-bw-darkness-value>\n"},
         {WriteTPIFTonerSaver, "<key>com.talmo.print.TonerSaver</key><false/>", kwl("toner-saver", "none")},
@@ -337,10 +340,11 @@ TEST(TPifSimpleFeatures, Conversions)
     for (const auto& c : cases)
         EXPECT_SAME_BYTES(feature(c.writer, ticketFrom(c.keys)), c.expected) << c.keys;
     // A missing key writes nothing for every simple feature but duplex and output destination.
-    for (Writer w : {WriteTPIFOPISubsitution, WriteTPIFOPIPreScan, WriteTPIFAntiAliasing, WriteTPIFHalftone,
-                     WriteTPIFLightenDarken, WriteTPIFTonerSaver, WriteTPIFOutputOrder, WriteTPIFPrinterEmulation,
-                     WriteTPIFImageRotation, WriteTPIFOutputColor, WriteTPIFResolution, WriteTPIFPagesToPrint,
-                     WriteTPIFJobType, WriteTPIFJobLevelStock, WriteTPIFInserts, WriteTPIFExceptions, WriteTPIFJobNotes})
+    for (Writer w :
+         {WriteTPIFOPISubsitution, WriteTPIFOPIPreScan, WriteTPIFAntiAliasing, WriteTPIFHalftone,
+          WriteTPIFLightenDarken, WriteTPIFTonerSaver, WriteTPIFOutputOrder, WriteTPIFPrinterEmulation,
+          WriteTPIFImageRotation, WriteTPIFOutputColor, WriteTPIFResolution, WriteTPIFPagesToPrint, WriteTPIFJobType,
+          WriteTPIFJobLevelStock, WriteTPIFInserts, WriteTPIFExceptions, WriteTPIFJobNotes})
         EXPECT_EQ(feature(w, ticketFrom("")), "");
 }
 
@@ -391,8 +395,8 @@ TEST(TPifMediaFill, TypeAndColourCodes)
                                                     {8, 8}, {9, 5}, {10, 7}, {24, 2}, {33, 2}, {11, 11}};
     for (auto [code, index] : types)
         EXPECT_EQ(filled("<key>Type</key><integer>" + std::to_string(code) + "</integer>").type, index) << code;
-    const std::vector<std::pair<int, int>> colours = {{1, 1}, {2, 4},  {3, 3},  {4, 5},   {5, 2},  {6, 0}, {7, 6},
-                                                      {8, 7}, {9, 8},  {10, 12}, {11, 9}, {12, 10}, {13, 11}, {14, 13}};
+    const std::vector<std::pair<int, int>> colours = {{1, 1}, {2, 4}, {3, 3},   {4, 5},  {5, 2},   {6, 0},   {7, 6},
+                                                      {8, 7}, {9, 8}, {10, 12}, {11, 9}, {12, 10}, {13, 11}, {14, 13}};
     for (auto [code, index] : colours)
         EXPECT_EQ(filled("<key>Color</key><integer>" + std::to_string(code) + "</integer>").color, index) << code;
     EXPECT_EQ(filled("<key>Color</key><integer>-2147483648</integer>").color, kTPifUnset);
@@ -420,7 +424,8 @@ TEST(TPifMediaFill, OtherAttributes)
     EXPECT_EQ(m.coatedSides, 4);
     EXPECT_EQ(m.coatingType, 1) << "a stored coating without its type is gloss";
     EXPECT_EQ(filled("<key>Punched</key><integer>1</integer>").holeCount, 0);
-    EXPECT_EQ(filled("<key>SidesCoated</key><integer>2</integer><key>kCoatingType</key><integer>4</integer>").coatingType, 4);
+    EXPECT_EQ(
+        filled("<key>SidesCoated</key><integer>2</integer><key>kCoatingType</key><integer>4</integer>").coatingType, 4);
 }
 
 TEST(TPifMediaFill, Sizes)
@@ -464,9 +469,17 @@ TEST(TPifShift, UnitConversion)
         long expected;
     };
     const std::vector<Case> cases = {
-        {100, true, false, 2540}, {1, true, false, 25},  {2, true, false, 51},    {3, true, false, 76},
-        {-1, true, false, -25},   {-3, true, false, -76}, {25, false, false, 250}, {-12, false, false, -120},
-        {2540, true, true, 2540}, {-7, false, true, -7},  {int64_t(1) << 40, true, false, INT32_MAX},
+        {100, true, false, 2540},
+        {1, true, false, 25},
+        {2, true, false, 51},
+        {3, true, false, 76},
+        {-1, true, false, -25},
+        {-3, true, false, -76},
+        {25, false, false, 250},
+        {-12, false, false, -120},
+        {2540, true, true, 2540},
+        {-7, false, true, -7},
+        {int64_t(1) << 40, true, false, INT32_MAX},
     };
     for (const auto& c : cases)
         EXPECT_EQ(TPifShiftToHundredthsMm(c.value, c.inches, c.full), c.expected)
@@ -489,8 +502,9 @@ TEST(TPifBackgroundForms, SaveNamedAfterTheDocument)
                         "<key>UseExistingForm</key><integer>1</integer><key>UseDocumentName</key><integer>1</integer>"
                         "<key>NewFormString</key><string>ignored</string></dict>");
     const std::string out = feature(WriteTPIFBackgroundForms, t);
-    EXPECT_NE(out.find("\t\t\t\t\t<form-save-name syntax=\"name\" xml:space=\"preserve\">doc&lt;1&gt;</form-save-name>\n"),
-              std::string::npos)
+    EXPECT_NE(
+        out.find("\t\t\t\t\t<form-save-name syntax=\"name\" xml:space=\"preserve\">doc&lt;1&gt;</form-save-name>\n"),
+        std::string::npos)
         << out;
     auto named = ticketFrom("<key>com.talmo.print.BackgroundFormsOptions</key><dict>"
                             "<key>UseDocumentName</key><integer>0</integer>"
@@ -503,10 +517,9 @@ TEST(TPifJobType, Dispositions)
 {
     const std::string open = "\t\t<job-save-disposition syntax=\"collection\">\n";
     auto jt = [](const std::string& body) {
-        return feature(WriteTPIFJobType,
-                       ticketFrom("<key>com.apple.print.JobInfo.PMJobName</key><string>Doc</string>"
-                                  "<key>com.talmo.print.JobType</key><dict>" +
-                                  body + "</dict>"));
+        return feature(WriteTPIFJobType, ticketFrom("<key>com.apple.print.JobInfo.PMJobName</key><string>Doc</string>"
+                                                    "<key>com.talmo.print.JobType</key><dict>" +
+                                                    body + "</dict>"));
     };
     EXPECT_SAME_BYTES(jt(""), open + "\t\t\t<save-disposition syntax=\"keyword\">none</save-disposition>\n"
                                      "\t\t</job-save-disposition>\n");
@@ -514,22 +527,25 @@ TEST(TPifJobType, Dispositions)
                       "\t\t\t<job-hold-until syntax=\"keyword\">indefinite</job-hold-until>\n");
     EXPECT_EQ(jt("<key>JobType</key><integer>9</integer>"), "");
     EXPECT_NE(jt("<key>JobType</key><integer>3</integer>").find(">save-only<"), std::string::npos);
-    EXPECT_NE(jt("<key>JobType</key><integer>3</integer><key>SaveDisposition</key><integer>1</integer>").find(">save-only<"),
-              std::string::npos);
-    EXPECT_NE(jt("<key>JobType</key><integer>3</integer><key>SaveDisposition</key><integer>2</integer>").find(">print-save<"),
-              std::string::npos);
+    EXPECT_NE(
+        jt("<key>JobType</key><integer>3</integer><key>SaveDisposition</key><integer>1</integer>").find(">save-only<"),
+        std::string::npos);
+    EXPECT_NE(
+        jt("<key>JobType</key><integer>3</integer><key>SaveDisposition</key><integer>2</integer>").find(">print-save<"),
+        std::string::npos);
     const std::string printSave = jt("<key>JobType</key><integer>4</integer><key>UseJobName</key><true/>"
                                      "<key>SavedJobName</key><string>X</string>"
                                      "<key>SavedJobLocation</key><string>file:///jobs/a&amp;b/</string>"
                                      "<key>MediaType</key><integer>9</integer>");
-    EXPECT_SAME_BYTES(printSave, open + "\t\t\t<save-disposition syntax=\"keyword\">print-save</save-disposition>\n"
-                                        "\t\t\t<save-info syntax=\"1setOf\">\n"
-                                        "\t\t\t\t<value syntax=\"collection\">\n"
-                                        "\t\t\t\t\t<save-location syntax=\"uri\">file:///jobs/a&amp;b/</save-location>\n"
-                                        "\t\t\t\t\t<save-name syntax=\"name\" xml:space=\"preserve\">Doc</save-name>\n"
-                                        "\t\t\t\t</value>\n"
-                                        "\t\t\t</save-info>\n"
-                                        "\t\t</job-save-disposition>\n");
+    EXPECT_SAME_BYTES(printSave, open +
+                                     "\t\t\t<save-disposition syntax=\"keyword\">print-save</save-disposition>\n"
+                                     "\t\t\t<save-info syntax=\"1setOf\">\n"
+                                     "\t\t\t\t<value syntax=\"collection\">\n"
+                                     "\t\t\t\t\t<save-location syntax=\"uri\">file:///jobs/a&amp;b/</save-location>\n"
+                                     "\t\t\t\t\t<save-name syntax=\"name\" xml:space=\"preserve\">Doc</save-name>\n"
+                                     "\t\t\t\t</value>\n"
+                                     "\t\t\t</save-info>\n"
+                                     "\t\t</job-save-disposition>\n");
 }
 
 TEST(TPifExceptions, DefaultsAndPageFields)

@@ -50,8 +50,8 @@ inline std::string firstDifference(const std::string& actual, const std::string&
         return out;
     };
     std::ostringstream os;
-    os << "first difference at byte " << i << " (line " << line << "): actual \"" << show(actual)
-       << "\", expected \"" << show(expected) << "\"";
+    os << "first difference at byte " << i << " (line " << line << "): actual \"" << show(actual) << "\", expected \""
+       << show(expected) << "\"";
     return os.str();
 }
 
@@ -118,10 +118,7 @@ struct ParsedDoc {
     }
 };
 
-inline void countErrors(void* ctx, const char*, ...)
-{
-    ++*static_cast<int*>(ctx);
-}
+inline void countErrors(void* ctx, const char*, ...) { ++*static_cast<int*>(ctx); }
 
 inline void parse(const std::string& text, ParsedDoc& out)
 {
