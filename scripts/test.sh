@@ -4,6 +4,8 @@
 set -eu
 cd "$(dirname "$0")/.."
 ./scripts/install-deps.sh
+echo "== format"
+./scripts/check-format.sh
 for preset in default asan; do
   echo "== $preset build"
   cmake --preset "$preset" >/dev/null
