@@ -178,89 +178,12 @@ TEST(TpifImport, ExamplesSurviveExportImportExport)
     }
 }
 
-// Every importable feature, with values that survive unchanged.
-const char* const kEverything = R"(
-<key>com.talmo.print.TPIFOptions</key><dict><key>TPIFOptionAll</key><true/></dict>
-<key>com.talmo.print.JobNotesJobName</key><string>Job &amp; &lt;1&gt;</string>
-<key>com.talmo.print.JobNotesSenderName</key><string>Zoë</string>
-<key>com.talmo.print.JobNotesRecipient</key><string>Print room</string>
-<key>com.talmo.print.JobNotesMessage</key><string>Line one
-line two</string>
-<key>com.talmo.print.JobNotesSheetMessage</key><string>Banner</string>
-<key>com.talmo.print.JobNotesAdditionalInfo</key><string>PO 1</string>
-<key>com.talmo.print.JobLevelStock</key><dict>
-  <key>Size</key><integer>4</integer><key>Width</key><integer>21000</integer><key>Length</key><integer>29700</integer>
-  <key>Type</key><integer>4</integer><key>Modulus</key><integer>5</integer><key>Color</key><integer>2</integer>
-  <key>Weight</key><integer>120</integer><key>Punched</key><integer>2</integer><key>Description</key><string>Desc</string>
-  <key>Finish</key><integer>2</integer><key>kGrain</key><integer>1</integer>
-  <key>SidesCoated</key><integer>2</integer><key>kCoatingType</key><integer>3</integer></dict>
-<key>com.talmo.print.SpecialPages.FrontCover</key><dict><key>StartPage</key><integer>0</integer>
-  <key>Stock</key><dict><key>Color</key><integer>10</integer><key>CustomColor</key><string>Sky</string>
-  <key>Type</key><integer>7</integer><key>CustomType</key><string>Heavy</string></dict>
-  <key>SidesImaged</key><integer>2</integer></dict>
-<key>com.talmo.print.SpecialPages.BackCover</key><dict><key>StartPage</key><integer>0</integer>
-  <key>Stock</key><dict><key>Type</key><integer>10</integer></dict><key>SidesImaged</key><integer>4</integer></dict>
-<key>com.talmo.print.SpecialPages.InsertList</key><array><dict><key>StartPage</key><integer>3</integer>
-  <key>Stock</key><dict><key>Type</key><integer>3</integer></dict><key>Quantity</key><integer>2</integer></dict></array>
-<key>com.talmo.print.SpecialPages.ExceptionList</key><array><dict><key>StartPage</key><integer>2</integer>
-  <key>Stock</key><dict><key>Weight</key><integer>200</integer></dict><key>EndPage</key><integer>4</integer>
-  <key>SidesImaged</key><integer>3</integer><key>LightenDarken</key><integer>-2</integer>
-  <key>HalftoneScreen</key><integer>21</integer><key>Antialiasing</key><integer>1</integer>
-  <key>OutputColor</key><integer>1</integer>
-  <key>com.talmo.print.ImageShiftOptionsPage</key><dict><key>X1</key><integer>10</integer><key>X2</key><integer>-10</integer>
-    <key>Y1</key><integer>20</integer><key>Y2</key><integer>-20</integer><key>FullPrecision</key><true/>
-    <key>Inches</key><integer>0</integer><key>Option</key><integer>1</integer></dict>
-  <key>FullColorOptionsPage</key><dict><key>FCLightness</key><integer>10</integer></dict></dict></array>
-<key>com.talmo.print.FinishingOptions</key><integer>9</integer>
-<key>com.talmo.print.FinishingStaple2Value</key><integer>11</integer>
-<key>com.talmo.print.FinishingSlipSheet</key><integer>2</integer>
-<key>com.talmo.print.FinishingOffset</key><integer>5</integer>
-<key>com.talmo.print.FinishingOffsetEnableSubset</key><integer>1</integer>
-<key>com.talmo.print.FinishingOffsetPagesPerSubset</key><integer>10</integer>
-<key>com.talmo.print.JobType</key><dict><key>JobType</key><integer>4</integer><key>MediaType</key><integer>3</integer>
-  <key>SavedJobName</key><string>Saved</string><key>SavedJobLocation</key><string>file:///jobs/</string>
-  <key>UseJobName</key><false/></dict>
-<key>com.talmo.print.FinishingDuplex</key><integer>3</integer>
-<key>com.talmo.print.FinishingOutputDestination</key><integer>1</integer>
-<key>com.talmo.print.Resolution</key><integer>4</integer>
-<key>com.talmo.print.HalftoneScreen</key><integer>30</integer>
-<key>com.talmo.print.LightenDarken</key><integer>3</integer>
-<key>com.talmo.print.TonerSaver</key><true/>
-<key>com.talmo.print.Antialiasing</key><integer>2</integer>
-<key>com.talmo.print.OutputOrder</key><integer>5</integer>
-<key>com.talmo.print.DravikEmulation</key><integer>3</integer>
-<key>com.talmo.print.AdvancedRotateImage180</key><integer>1</integer>
-<key>com.talmo.print.FinishingOutputColor</key><integer>1</integer>
-<key>com.talmo.print.OPISubsitution</key><integer>3</integer>
-<key>com.talmo.print.OPIPrescan</key><integer>4</integer>
-<key>com.talmo.print.ImageShiftOptionsJob</key><dict><key>X1</key><integer>100</integer><key>X2</key><integer>-100</integer>
-  <key>Y1</key><integer>50</integer><key>Y2</key><integer>-50</integer><key>FullPrecision</key><true/>
-  <key>Inches</key><integer>0</integer><key>Option</key><integer>1</integer></dict>
-<key>com.talmo.print.HighlightColorOptionsJob</key><dict><key>HiglightPrintingColor</key><integer>3</integer>
-  <key>HighlightMappingColor</key><integer>5</integer><key>HighlightMappingAlgorithm</key><integer>4</integer>
-  <key>HighlightMismatchAction</key><integer>3</integer></dict>
-<key>com.talmo.print.FullColorOptions</key><dict><key>FCLightness</key><integer>-10</integer>
-  <key>FCContrast</key><integer>20</integer><key>FCSaturation</key><integer>30</integer>
-  <key>FCColorCast</key><dict><key>FCCyanRed</key><integer>1</integer><key>FCMagentaGreen</key><integer>2</integer>
-    <key>FCYellowBlue</key><integer>3</integer></dict>
-  <key>FCTrapping</key><integer>1</integer><key>FCTrappingFastDirection</key><integer>5</integer>
-  <key>FCTrappingSlowDirection</key><integer>7</integer><key>FCBlackOverprint</key><integer>1</integer>
-  <key>FCTRC</key><string>Curve</string><key>RGBImagesProfile</key><integer>4</integer>
-  <key>RGBTextAndGraphicsProfile</key><string>My RGB</string><key>CMYKImagesProfile</key><integer>15</integer>
-  <key>CMYKTextAndGraphicsProfile</key><integer>2</integer><key>GrayImagesProfile</key><string>G1</string>
-  <key>GrayTextAndGraphicsProfile</key><string>G2</string><key>DestinationProfile</key><string>Dest</string>
-  <key>ImageRendering</key><integer>1</integer><key>TextRendering</key><integer>5</integer>
-  <key>GraphicRendering</key><integer>6</integer></dict>
-<key>com.talmo.print.BackgroundFormsOptions</key><dict><key>UseExistingForm</key><integer>2</integer>
-  <key>MergeWithString</key><string>Form A</string><key>CyclePages</key><integer>3</integer>
-  <key>X1</key><integer>120</integer><key>Y1</key><integer>-80</integer><key>FullPrecision</key><true/>
-  <key>Inches</key><integer>0</integer></dict>
-)";
-
 TEST(TpifImport, EveryImportableFeatureRoundTrips)
 {
     WideMediaLimits wide;
-    auto ticket = plistDict(kEverything);
+    pl::ParseResult r;
+    auto ticket = pl::as<pl::Dictionary>(pl::readPlistFile(tpiftest::dataPath("import-everything.plist"), &r));
+    ASSERT_TRUE(ticket) << r.message;
     auto imported = importText(exportText(ticket));
     auto expected = pl::as<pl::Dictionary>(pl::deepCopy(ticket));
     expected->set("com.talmo.print.TPIFOptions", nullptr);
