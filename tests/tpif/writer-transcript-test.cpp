@@ -199,39 +199,16 @@ using FeatureWriter = void (*)(const writeData*, const pl::DictPtr&);
 
 TEST(TPifTranscript, TicketLayer)
 {
-#define W(name)                                                                                                        \
-    {                                                                                                                  \
-#name, name                                                                                                    \
-    }
+    // clang-format off
+#define W(name) {#name, name}
     const std::map<std::string, FeatureWriter> writers = {
-        W(WriteTPIFJobNameAndUser),
-        W(WriteTPIFJobLevelStock),
-        W(WriteTPIFFrontCover),
-        W(WriteTPIFBackCover),
-        W(WriteTPIFInserts),
-        W(WriteTPIFExceptions),
-        W(WriteTPIFFinishing),
-        W(WriteTPIFOffset),
-        W(WriteTPIFJobNotes),
-        W(WriteTPIFJobType),
-        W(WriteTPIFDuplex),
-        W(WriteTPIFOutputDestination),
-        W(WriteTPIFResolution),
-        W(WriteTPIFHighlightColor),
-        W(WriteTPIFImageShift),
-        W(WriteTPIFFullColor),
-        W(WriteTPIFOPISubsitution),
-        W(WriteTPIFOPIPreScan),
-        W(WriteTPIFAntiAliasing),
-        W(WriteTPIFHalftone),
-        W(WriteTPIFLightenDarken),
-        W(WriteTPIFTonerSaver),
-        W(WriteTPIFOutputOrder),
-        W(WriteTPIFPrinterEmulation),
-        W(WriteTPIFImageRotation),
-        W(WriteTPIFOutputColor),
-        W(WriteTPIFBackgroundForms),
-        W(WriteTPIFAccounting),
+        W(WriteTPIFJobNameAndUser), W(WriteTPIFJobLevelStock), W(WriteTPIFFrontCover), W(WriteTPIFBackCover),
+        W(WriteTPIFInserts), W(WriteTPIFExceptions), W(WriteTPIFFinishing), W(WriteTPIFOffset),
+        W(WriteTPIFJobNotes), W(WriteTPIFJobType), W(WriteTPIFDuplex), W(WriteTPIFOutputDestination),
+        W(WriteTPIFResolution), W(WriteTPIFHighlightColor), W(WriteTPIFImageShift), W(WriteTPIFFullColor),
+        W(WriteTPIFOPISubsitution), W(WriteTPIFOPIPreScan), W(WriteTPIFAntiAliasing), W(WriteTPIFHalftone),
+        W(WriteTPIFLightenDarken), W(WriteTPIFTonerSaver), W(WriteTPIFOutputOrder), W(WriteTPIFPrinterEmulation),
+        W(WriteTPIFImageRotation), W(WriteTPIFOutputColor), W(WriteTPIFBackgroundForms), W(WriteTPIFAccounting),
         W(WriteTPIFPagesToPrint),
         {"Document", WriteTPIFToSink},
         {"Stock",
@@ -242,6 +219,7 @@ TEST(TPifTranscript, TicketLayer)
          }},
     };
 #undef W
+    // clang-format on
     Transcript t;
     std::istringstream cases(tpiftest::readFile(tpiftest::dataPath("writer-features.txt")));
     int count = 0;
