@@ -97,15 +97,6 @@ TEST(FullColorRanges, ColorCastStoresAllThreeOrNone)
     }
 }
 
-TEST(FullColorRanges, ColorCastGetterFillsWhatIsGiven)
-{
-    FullColorOptions o = filled();
-    int32_t mg = 0;
-    EXPECT_EQ(o.colorCast(nullptr, &mg, nullptr), noErr);
-    EXPECT_EQ(mg, 2);
-    EXPECT_EQ(o.colorCast(nullptr, nullptr, nullptr), paramErr);
-}
-
 TEST(FullColorRanges, TrapSizesAre0To20ComparedUnsigned)
 {
     struct Case {
@@ -218,44 +209,6 @@ TEST(FullColorProfiles, CustomKindNeedsANameOtherKindsDropIt)
     EXPECT_EQ(o.setGrayImagesProfile(std::nullopt), noErr);
     o.grayImagesProfile(&name);
     EXPECT_EQ(name, std::nullopt);
-}
-
-std::vector<std::string> keysOf(const pl::DictPtr& d)
-{
-    std::vector<std::string> keys;
-    for (const auto& [k, v] : *d)
-        keys.push_back(k);
-    return keys;
-}
-
-TEST(FullColorTicket, DefaultRecordWritesAnEmptyDictionary)
-{
-    auto d = FullColorOptions().asTicket();
-    ASSERT_TRUE(d);
-    EXPECT_TRUE(d->empty());
-}
-
-TEST(FullColorTicket, WritesEveryKeyInOrderWithProfileTypesCarryingTheCustomCase)
-{
-    auto d = filled().asTicket();
-    EXPECT_EQ(keysOf(d),
-              (std::vector<std::string>{"FCLightness", "FCContrast", "FCSaturation", "FCColorCast", "FCTrapping",
-                                        "FCTrappingFastDirection", "FCTrappingSlowDirection", "FCBlackOverprint",
-                                        "FCTRC", "RGBImagesProfile", "RGBTextAndGraphicsProfile", "CMYKImagesProfile",
-                                        "CMYKTextAndGraphicsProfile", "GrayImagesProfile", "GrayTextAndGraphicsProfile",
-                                        "DestinationProfile", "ImageRendering", "TextRendering", "GraphicRendering"}));
-    auto cast = d->getDict("FCColorCast");
-    ASSERT_TRUE(cast);
-    EXPECT_EQ(keysOf(cast), (std::vector<std::string>{"FCCyanRed", "FCMagentaGreen", "FCYellowBlue"}));
-    EXPECT_EQ(cast->getInt("FCYellowBlue"), 3);
-    EXPECT_EQ(d->getInt("FCTrappingFastDirection"), 5);
-    EXPECT_EQ(d->getInt("FCTrappingSlowDirection"), 4);
-    EXPECT_EQ(d->getString("RGBImagesProfile"), "My RGB");
-    EXPECT_EQ(d->getInt("RGBTextAndGraphicsProfile"), 4);
-    EXPECT_EQ(d->getInt("CMYKImagesProfile"), 14);
-    EXPECT_EQ(d->getString("CMYKTextAndGraphicsProfile"), "My CMYK");
-    EXPECT_EQ(d->getString("DestinationProfile"), "Press");
-    EXPECT_EQ(d->getString("FCTRC"), "Curve A");
 }
 
 TEST(FullColorTicket, ACastWithOneUnsetValueIsDroppedWhole)

@@ -29,38 +29,6 @@ _IS_Options readBack(const pl::DictPtr& d)
     return o;
 }
 
-std::vector<std::string> keysOf(const pl::DictPtr& d)
-{
-    std::vector<std::string> keys;
-    for (const auto& [k, v] : *d)
-        keys.push_back(k);
-    return keys;
-}
-
-TEST(ImageShiftTicket, WritesEveryKeyInOrderInHundredthsOfAMillimetre)
-{
-    _IS_Options o = inchRecord(kImageShiftMirrorX, 100, -50, 3, 1299);
-    auto d = ImageShiftCreateTicketFromOptions(&o, 4);
-    ASSERT_TRUE(d);
-    EXPECT_EQ(keysOf(d), (std::vector<std::string>{"Option", "Inches", "FullPrecision", "X1", "Y1", "X2", "Y2"}));
-    EXPECT_EQ(d->getInt("Option"), 3);
-    EXPECT_EQ(d->getInt("Inches"), 1);
-    EXPECT_EQ(d->getBool("FullPrecision"), true);
-    EXPECT_EQ(d->getInt("X1"), 2540);
-    EXPECT_EQ(d->getInt("Y1"), -1270);
-    EXPECT_EQ(d->getInt("X2"), 76);    // 76.2 rounds down
-    EXPECT_EQ(d->getInt("Y2"), 32995); // 32994.6 rounds up
-
-    o.inches = 7; // any non-zero unit flag is inch mode and is written as 1
-    EXPECT_EQ(ImageShiftCreateTicketFromOptions(&o, 0)->getInt("Inches"), 1);
-
-    o.inches = 0;
-    o.x1 = -4880;
-    d = ImageShiftCreateTicketFromOptions(&o, 0);
-    EXPECT_EQ(d->getInt("Inches"), 0);
-    EXPECT_EQ(d->getInt("X1"), -48800);
-}
-
 TEST(ImageShiftTicket, NoDictionaryWithoutARecordAValidFlagOrAMode)
 {
     EXPECT_FALSE(ImageShiftCreateTicketFromOptions(nullptr, 0));
@@ -177,14 +145,6 @@ TEST(ImageShiftTicket, HostileValuesNeitherOverflowNorWrap)
     EXPECT_EQ(d->getInt("X1"), INT32_MAX);
     EXPECT_EQ(d->getInt("Y1"), INT32_MIN);
     EXPECT_EQ(d->getInt("X2"), -10);
-}
-
-TEST(ImageShiftInit, SetsTheInitialValues)
-{
-    _IS_Options o{1, 2, 3, 4, 5, 0, 6, 7, 8, 9};
-    ASSERT_EQ(ImageShiftInitialize(&o), noErr);
-    EXPECT_EQ(o, (_IS_Options{1, 1, kNotSet, kNotSet, 0, 1, 0, 0, 0, 0}));
-    EXPECT_EQ(ImageShiftInitialize(nullptr), paramErr);
 }
 
 TEST(ImageShiftInit, RevertKeepsOnlyTheJobsDuplex)

@@ -74,32 +74,6 @@ TEST(Insert, DictionaryFormAndDefaults)
     EXPECT_EQ(Insert(pl::makeDict()).quantity(), 1);
 }
 
-TEST(ExceptionPage, WritesKeysInOrderAndOnlyWhenSet)
-{
-    ExceptionPage e;
-    e.setStartPage(4);
-    e.setEndPage(8);
-    EXPECT_EQ(keys(e.asTicket()), (std::vector<std::string>{"StartPage", "Stock", "EndPage", "FullColorOptionsPage"}));
-
-    e.imageShift()->option = 1;
-    e.imageShift()->inches = 0;
-    e.imageShift()->x1 = 15;
-    e.setPlex(3);
-    e.colorOptions().setTRC(std::string("Warm"));
-    e.setAntialiasing(2);
-    e.setOutputColor(1);
-    e.setHalftoneScreen(12);
-    e.setLightenDarken(0); // 0 is "Normal", a set value
-    const pl::DictPtr d = e.asTicket();
-    EXPECT_EQ(keys(d), (std::vector<std::string>{
-                           "StartPage", "Stock", "EndPage", "com.talmo.print.ImageShiftOptionsPage", "SidesImaged",
-                           "FullColorOptionsPage", "Antialiasing", "OutputColor", "HalftoneScreen", "LightenDarken"}));
-    EXPECT_EQ(d->getInt("SidesImaged"), 3); // the plex, under the cover's key text
-    EXPECT_EQ(d->getDict("com.talmo.print.ImageShiftOptionsPage")->getInt("X1"), 150);
-    EXPECT_EQ(d->getDict("FullColorOptionsPage")->getString("FCTRC"), "Warm");
-    EXPECT_EQ(d->getInt("LightenDarken"), 0);
-}
-
 TEST(ExceptionPage, ReadsBackWhatItWrites)
 {
     ExceptionPage e;

@@ -9,14 +9,6 @@ using namespace talmo;
 
 namespace {
 
-std::vector<std::string> keysOf(const pl::DictPtr& d)
-{
-    std::vector<std::string> keys;
-    for (const auto& [k, v] : *d)
-        keys.push_back(k);
-    return keys;
-}
-
 Stock everythingSet()
 {
     Stock s;
@@ -50,37 +42,6 @@ TEST(StockDictionary, DefaultStockWritesAnEmptyDictionaryAndReadsBackEqual)
     EXPECT_TRUE(d->empty());
     EXPECT_TRUE(Stock(pl::makeDict()) == Stock());
     EXPECT_TRUE(Stock(pl::DictPtr()) == Stock());
-}
-
-TEST(StockDictionary, WritesEveryKeyInTableOrderWithItsValue)
-{
-    auto d = everythingSet().asTicket();
-    const std::vector<std::string> expected = {"Size",        "Width",          "Length",        "Type",   "CustomType",
-                                               "Modulus",     "Color",          "CustomColor",   "Weight", "Punched",
-                                               "Description", "SidesCoated",    "kCoatingType",  "Finish", "kGrain",
-                                               "CustomName",  "CustomNameOnly", "CustomComment", "Source"};
-    EXPECT_EQ(keysOf(d), expected);
-    EXPECT_EQ(d->getInt("Size"), 75);
-    EXPECT_EQ(d->getInt("Width"), 22000);
-    EXPECT_EQ(d->getInt("Length"), 31000);
-    EXPECT_EQ(d->getInt("Type"), 6);
-    EXPECT_EQ(d->getString("CustomType"), "Ordered Set");
-    EXPECT_EQ(d->getInt("Modulus"), 5);
-    EXPECT_EQ(d->getInt("Color"), 10);
-    EXPECT_EQ(d->getString("CustomColor"), "Sea Green");
-    EXPECT_EQ(d->getInt("Weight"), 160);
-    EXPECT_EQ(d->getInt("Punched"), 2);
-    EXPECT_EQ(d->getString("Description"), "Letterhead");
-    EXPECT_EQ(d->getInt("SidesCoated"), 3);
-    EXPECT_EQ(d->getInt("kCoatingType"), 5);
-    EXPECT_EQ(d->getInt("Finish"), 2);
-    EXPECT_EQ(d->getInt("kGrain"), 1);
-    EXPECT_EQ(d->getString("CustomName"), "My Paper");
-    EXPECT_EQ(d->getBool("CustomNameOnly"), true);
-    EXPECT_EQ(d->getString("CustomComment"), "for the annual report");
-    EXPECT_EQ(d->getInt("Source"), 10);
-    // Numbers are integers, never reals.
-    EXPECT_NE(pl::as<pl::Integer>(d->get("Size")), nullptr);
 }
 
 TEST(StockDictionary, RoundTripThroughAnXmlPropertyList)

@@ -99,55 +99,6 @@ TEST(StockSummary, PageLevelShowsOnlySetAttributesAndTheSize)
     EXPECT_EQ(summary(typed, kJobContextExceptions), "[StockType]:[Labels]");
 }
 
-TEST(StockSummary, ValuesOfEachAttribute)
-{
-    const struct {
-        const char* what;
-        std::function<void(Stock&)> set;
-        const char* line;
-    } cases[] = {
-        {"custom size", [](Stock& s) { s.setWidth(100); }, "[StockSize]:[Custom]"},
-        {"B3 size", [](Stock& s) { s.setSize(70); }, "[StockSize]:[B3 (105 x 148 mm)]"},
-        {"unknown size", [](Stock& s) { s.setSize(99); }, "[StockSize]:STRING NOT FOUND"},
-        {"colour", [](Stock& s) { s.setColor(11); }, "[StockColor]:[Ivory]"},
-        {"custom colour",
-         [](Stock& s) {
-             s.setColor(10);
-             s.setCustomColor("Teal");
-         },
-         "[StockColor]:Teal"},
-        {"unknown colour", [](Stock& s) { s.setColor(99); }, "[StockColor]:STRING NOT FOUND"},
-        {"ordered",
-         [](Stock& s) {
-             s.setType(6);
-             s.setCustomType("Set A");
-             s.setModulus(3);
-         },
-         "[StockType]:Set A (3)"},
-        {"precut tab",
-         [](Stock& s) {
-             s.setType(4);
-             s.setModulus(5);
-         },
-         "[StockType]:[StockTypePrecutTab] (5)"},
-        {"custom type",
-         [](Stock& s) {
-             s.setType(7);
-             s.setCustomType("Card");
-         },
-         "[StockType]:Card"},
-        {"envelope", [](Stock& s) { s.setType(8); }, "[StockType]:[Envelope]"},
-        {"unknown type", [](Stock& s) { s.setType(50); }, "[StockType]:STRING NOT FOUND"},
-        {"table weight", [](Stock& s) { s.setWeight(250); }, "[StockWeight]:[250] [gsm]"},
-        {"other weight", [](Stock& s) { s.setWeight(100); }, "[StockWeight]:100 [gsm]"},
-    };
-    for (const auto& c : cases) {
-        Stock s;
-        c.set(s);
-        EXPECT_EQ(summary(s, kJobContextExceptions), c.line) << c.what;
-    }
-}
-
 TEST(StockSummary, TabStocksShowThePrinterTextWithTheirCount)
 {
     auto texts = bracketTexts();
