@@ -7,7 +7,6 @@
 #include <signal.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -223,21 +222,30 @@ TEST_F(PrefsCrash, FileSizeLimitFailsWithTheMessageAndKeepsTheOldFile)
     EXPECT_EQ(report, "");
 }
 
-TEST_F(PrefsCrash, InjectedFailureReachesTheCallerAsTheMessage)
+// A folder that refuses new files fails at the temporary file, a full disk at the flush, a
+// lost race at the rename; each reaches the caller as the message and keeps the old file.
+TEST_F(PrefsCrash, InjectedFailuresReachTheCallerAsTheMessage)
 {
     ASSERT_TRUE(WriteUserPreferences(kJobNotes, notesOfSize(0, 1000)));
-    static int renames = 0;
-    FileIo io = SystemFileIo();
-    io.rename = [](const char*, const char*) {
-        ++renames;
-        errno = EIO;
-        return -1;
+    const struct {
+        const char* step;
+        void (*inject)(FileIo&);
+        const char* message;
+    } cases[] = {
+        {"temporary file", [](FileIo& io) { io.makeTemp = [](char*) { return errno = EACCES, -1; }; },
+         "WriteUserPreferences() failed (13)\n"},
+        {"flush", [](FileIo& io) { io.fsync = [](int) { return errno = ENOSPC, -1; }; },
+         "WriteUserPreferences() failed (28)\n"},
+        {"rename", [](FileIo& io) { io.rename = [](const char*, const char*) { return errno = EIO, -1; }; },
+         "WriteUserPreferences() failed (5)\n"},
     };
-    ScopedFileIo seam(io);
-    EXPECT_EQ(checkFailedWrite([] { return WriteUserPreferences(kJobNotes, notesOfSize(1, 1000)); },
-                               "WriteUserPreferences() failed (5)\n"),
-              "");
-    EXPECT_EQ(renames, 1);
+    for (const auto& c : cases) {
+        FileIo io = SystemFileIo();
+        c.inject(io);
+        ScopedFileIo seam(io);
+        EXPECT_EQ(checkFailedWrite([] { return WriteUserPreferences(kJobNotes, notesOfSize(1, 1000)); }, c.message), "")
+            << c.step;
+    }
 }
 
 } // namespace

@@ -24,27 +24,6 @@ std::string summary(const Stock& s, JobContext context, const StockTextSource& t
 
 } // namespace
 
-TEST(StockSummary, DefaultStockAtJobLevelShowsPrinterDefaults)
-{
-    EXPECT_EQ(summary(Stock(), kJobContextJob),
-              "[StockColor]:[PrinterDefault]|[StockType]:[PrinterDefault]|[StockWeight]:[PrinterDefault]");
-    Stock reset;
-    DefaultStock(reset, kJobContextJob);
-    EXPECT_EQ(summary(reset, kJobContextJob), summary(Stock(), kJobContextJob));
-}
-
-TEST(StockSummary, DefaultStockAtPageLevelIsEmptyAndShowsUseJobSetting)
-{
-    const auto texts = bracketTexts();
-    for (JobContext c : {kJobContextCovers, kJobContextInserts, kJobContextExceptions}) {
-        EXPECT_EQ(summary(Stock(), c), "");
-        std::string view = "old";
-        Stock s;
-        EXPECT_EQ(ShowStockSummary(&texts, &view, &s, c), noErr);
-        EXPECT_EQ(view, "[UseJobSetting]");
-    }
-}
-
 TEST(StockSummary, ShowJoinsLinesWithNewlines)
 {
     const auto texts = bracketTexts();
@@ -72,33 +51,6 @@ TEST(StockSummary, ShowNeedsTextsAndAView)
     EXPECT_EQ(view, "");
 }
 
-TEST(StockSummary, NameOnlyStockShowsJustItsName)
-{
-    Stock s;
-    s.setCustomName("Glossy 200");
-    s.setCustomNameOnly(true);
-    s.setColor(2);
-    s.setSize(4);
-    EXPECT_EQ(summary(s, kJobContextJob), "[StockName]:Glossy 200");
-    EXPECT_EQ(summary(s, kJobContextCovers), "[StockName]:Glossy 200");
-}
-
-TEST(StockSummary, PageLevelShowsOnlySetAttributesAndTheSize)
-{
-    Stock s;
-    s.setSize(4);
-    s.setWeight(90);
-    s.setCustomName("Report");
-    EXPECT_EQ(summary(s, kJobContextInserts), "[StockName]:Report|[StockSize]:[A4StockSize]|[StockWeight]:[90] [gsm]");
-    // The size line is a page-level line only.
-    EXPECT_EQ(summary(s, kJobContextJob), "[StockName]:Report|[StockColor]:[PrinterDefault]|"
-                                          "[StockType]:[PrinterDefault]|[StockWeight]:[90] [gsm]");
-    // A type without a colour still shows at page level.
-    Stock typed;
-    typed.setType(9);
-    EXPECT_EQ(summary(typed, kJobContextExceptions), "[StockType]:[Labels]");
-}
-
 TEST(StockSummary, TabStocksShowThePrinterTextWithTheirCount)
 {
     auto texts = bracketTexts();
@@ -119,20 +71,6 @@ TEST(StockSummary, TabStocksShowThePrinterTextWithTheirCount)
     s.setType(24);
     s.setModulus(0);
     EXPECT_EQ(summary(s, kJobContextCovers, texts), "[StockType]:STRING NOT FOUND");
-}
-
-TEST(StockSummary, SourceDecidesWhetherAttributesShow)
-{
-    auto texts = bracketTexts();
-    texts.installedOptionText = [](std::string_view key) { return "Inserter (" + std::string(key) + ")"; };
-    Stock s;
-    s.setColor(2);
-    s.setCustomName("Blue");
-    s.setSource(kStockSourceInserter);
-    EXPECT_EQ(summary(s, kJobContextInserts, texts), "- Inserter (PostPrintInserterKey)");
-    EXPECT_EQ(summary(s, kJobContextJob, texts), "- Inserter (PostPrintInserterKey)");
-    s.setSource(2);
-    EXPECT_EQ(summary(s, kJobContextInserts, texts), "");
 }
 
 TEST(StockSummary, MissingTextsShowStringNotFound)
