@@ -211,6 +211,17 @@ TEST(TPifTranscript, TicketLayer)
         W(WriteTPIFImageRotation), W(WriteTPIFOutputColor), W(WriteTPIFBackgroundForms), W(WriteTPIFAccounting),
         W(WriteTPIFPagesToPrint),
         {"Document", WriteTPIFToSink},
+        // The import/export summary, one line per write; keys read as themselves, but for the
+        // two separators, so the lines show the format.
+        {"Summary",
+         [](const writeData* s, const pl::DictPtr& ticket) {
+             std::vector<std::string> lines;
+             buildSummaryText(ticket, lines, [](std::string_view key) {
+                 return key == ":" ? std::string(": ") : key == "," ? std::string(", ") : std::string(key);
+             });
+             for (const std::string& line : lines)
+                 s->write(s->cookie, (line + "\n").c_str(), 0);
+         }},
         {"Stock",
          [](const writeData* s, const pl::DictPtr& stock) {
              MediaData m;
