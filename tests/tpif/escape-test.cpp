@@ -269,29 +269,17 @@ struct Field {
 std::vector<Field> fields(bool formUse)
 {
     // Element and indent of every user-text field; the notes are never cut.
+    // clang-format off
     const std::pair<const char*, int> named[] = {
-        {"job-name", 2},
-        {"requesting-user-name", 2},
-        {"job-recipient-name", 2},
-        {"media-description", 3},
-        {"media-key", 3},
-        {"finishing-template", 3},
-        {"save-name", 5},
-        {"trc-name", 3},
-        {"undefined-source-rgb-images", 2},
-        {"undefined-source-rgb-text", 2},
-        {"undefined-source-rgb-graphics", 2},
-        {"undefined-source-cmyk-images", 2},
-        {"undefined-source-cmyk-text", 2},
-        {"undefined-source-cmyk-graphics", 2},
-        {"undefined-source-gray-images", 2},
-        {"undefined-source-gray-text", 2},
-        {"undefined-source-gray-graphics", 2},
-        {"color-destination-profile-front", 2},
-        {"color-destination-profile-back", 2},
-        {"job-accounting-user-id", 2},
+        {"job-name", 2}, {"requesting-user-name", 2}, {"job-recipient-name", 2}, {"media-description", 3},
+        {"media-key", 3}, {"finishing-template", 3}, {"save-name", 5}, {"trc-name", 3},
+        {"undefined-source-rgb-images", 2}, {"undefined-source-rgb-text", 2}, {"undefined-source-rgb-graphics", 2},
+        {"undefined-source-cmyk-images", 2}, {"undefined-source-cmyk-text", 2}, {"undefined-source-cmyk-graphics", 2},
+        {"undefined-source-gray-images", 2}, {"undefined-source-gray-text", 2}, {"undefined-source-gray-graphics", 2},
+        {"color-destination-profile-front", 2}, {"color-destination-profile-back", 2}, {"job-accounting-user-id", 2},
         {formUse ? "form-name" : "form-save-name", formUse ? 4 : 5},
     };
+    // clang-format on
     std::vector<Field> f = {
         {"job-message-to-operator", SIZE_MAX},
         {"job-sheet-message", SIZE_MAX},

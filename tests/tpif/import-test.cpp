@@ -222,41 +222,29 @@ struct FinishingCase {
 
 TEST(TpifImport, FinishingChoiceIsRecomputedFromTheDetails)
 {
+    // Detail keys without their "com.talmo.print." prefix.
+    // clang-format off
     const FinishingCase cases[] = {
-        {4, {{"com.talmo.print.FinishingStaple1Value", 5}}},
-        {4, {{"com.talmo.print.FinishingStaple1Value", 8}}},
-        {9, {{"com.talmo.print.FinishingStaple2Value", 13}}},
-        {25, {{"com.talmo.print.FinishingStapleCenterValue", 27}}},
-        {14, {{"com.talmo.print.FinishingBindValue", 16}}},
-        {30, {{"com.talmo.print.FinishingHolePunchValue", 35}, {"com.talmo.print.FinishingHolePunchOptions", 5}}},
-        {36, {{"com.talmo.print.FinishingZFoldValue", 39}}},
-        {40, {{"com.talmo.print.FinishingFoldValue", 41}}},
-        {40, {{"com.talmo.print.FinishingFoldValue", 48}}},
-        {49,
-         {{"com.talmo.print.FinishingStaple1Value", 5},
-          {"com.talmo.print.FinishingHolePunchValue", 32},
-          {"com.talmo.print.FinishingHolePunchOptions", 4}}},
-        {50,
-         {{"com.talmo.print.FinishingStaple2Value", 10},
-          {"com.talmo.print.FinishingHolePunchValue", 34},
-          {"com.talmo.print.FinishingHolePunchOptions", 3},
-          {"com.talmo.print.FinishingZFoldValue", 38}}},
-        {51, {{"com.talmo.print.FinishingStapleCenterValue", 29}, {"com.talmo.print.FinishingZFoldValue", 39}}},
-        {52,
-         {{"com.talmo.print.FinishingHolePunchValue", 33},
-          {"com.talmo.print.FinishingHolePunchOptions", 4},
-          {"com.talmo.print.FinishingZFoldValue", 38}}},
+        {4, {{"FinishingStaple1Value", 5}}}, {4, {{"FinishingStaple1Value", 8}}},
+        {9, {{"FinishingStaple2Value", 13}}}, {25, {{"FinishingStapleCenterValue", 27}}},
+        {14, {{"FinishingBindValue", 16}}}, {30, {{"FinishingHolePunchValue", 35}, {"FinishingHolePunchOptions", 5}}},
+        {36, {{"FinishingZFoldValue", 39}}}, {40, {{"FinishingFoldValue", 41}}}, {40, {{"FinishingFoldValue", 48}}},
+        {49, {{"FinishingStaple1Value", 5}, {"FinishingHolePunchValue", 32}, {"FinishingHolePunchOptions", 4}}},
+        {50, {{"FinishingStaple2Value", 10}, {"FinishingHolePunchValue", 34}, {"FinishingHolePunchOptions", 3}, {"FinishingZFoldValue", 38}}},
+        {51, {{"FinishingStapleCenterValue", 29}, {"FinishingZFoldValue", 39}}},
+        {52, {{"FinishingHolePunchValue", 33}, {"FinishingHolePunchOptions", 4}, {"FinishingZFoldValue", 38}}},
     };
+    // clang-format on
     for (const auto& c : cases) {
         SCOPED_TRACE(c.choice);
         auto ticket = plistDict("<key>com.talmo.print.TPIFOptions</key><dict><key>TPIFOptionAll</key><true/></dict>");
         ticket->setInt("com.talmo.print.FinishingOptions", c.choice);
         for (const auto& [k, v] : c.details)
-            ticket->setInt(k, v);
+            ticket->setInt(std::string("com.talmo.print.") + k, v);
         auto imported = importText(exportText(ticket));
         EXPECT_EQ(imported->getInt("com.talmo.print.FinishingOptions"), c.choice);
         for (const auto& [k, v] : c.details)
-            EXPECT_EQ(imported->getInt(k), v) << k;
+            EXPECT_EQ(imported->getInt(std::string("com.talmo.print.") + k), v) << k;
     }
 }
 
