@@ -228,6 +228,20 @@ protected:
     int checked_ = 0;
 };
 
+TEST_F(ProfileConsistency, EveryFeatureOfTheElementTableIsImportable)
+{
+    ASSERT_TRUE(features_);
+    std::set<std::string> needed = {"JobName", "SenderName", "Resolution", "FinishingCustom", "StockSize"};
+    for (const auto& [element, ids] : table_.features)
+        needed.insert(ids.begin(), ids.end());
+    for (const auto& id : needed) {
+        auto f = features_->getDict(id);
+        ASSERT_TRUE(f && f->getDict("Properties")) << id;
+        EXPECT_EQ(f->getDict("Properties")->getString("ID"), id);
+        EXPECT_EQ(f->getDict("Properties")->getBool("TPIF"), true) << id;
+    }
+}
+
 TEST_F(ProfileConsistency, EverySyntaxIsWellFormed)
 {
     ASSERT_TRUE(features_);
