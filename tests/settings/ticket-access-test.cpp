@@ -64,15 +64,6 @@ TEST(GetTicketFromCurrentSession, FollowsTheCurrentSession)
     SetCurrentPrintSession(nullptr);
 }
 
-TEST(DictionaryNumbers, WriteTicketValueStoresAnInteger)
-{
-    auto d = pl::makeDict();
-    WriteTicketValue(d, "k", -2147483648LL);
-    auto v = pl::as<pl::Integer>(d->get("k"));
-    ASSERT_TRUE(v);
-    EXPECT_EQ(v->value, -2147483648LL);
-}
-
 TEST(DictionaryNumbers, GetCFIndexFailsWithoutTouchingTheOutput)
 {
     auto d = pl::makeDict();

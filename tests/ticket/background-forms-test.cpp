@@ -87,20 +87,6 @@ std::vector<std::string> keysOf(const pl::DictPtr& d)
     return keys;
 }
 
-TEST_F(BackgroundFormsTest, DefaultRecordWritesItsSevenNumbersOnly)
-{
-    auto d = BackgroundFormsOptions().asTicket();
-    EXPECT_EQ(keysOf(d), (std::vector<std::string>{"UseExistingForm", "CyclePages", "Inches", "X1", "Y1",
-                                                   "UseDocumentName", "ApplyPagesFrom"}));
-    EXPECT_EQ(d->getInt("UseExistingForm"), 1);
-    EXPECT_EQ(d->getInt("CyclePages"), 2);
-    EXPECT_EQ(d->getInt("Inches"), 1);
-    EXPECT_EQ(d->getInt("X1"), 0);
-    EXPECT_EQ(d->getInt("Y1"), 0);
-    EXPECT_EQ(d->getInt("UseDocumentName"), 1);
-    EXPECT_EQ(d->getInt("ApplyPagesFrom"), 1);
-}
-
 TEST_F(BackgroundFormsTest, FormNamesAreWrittenByTheirRules)
 {
     BackgroundFormsOptions o;

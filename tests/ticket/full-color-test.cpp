@@ -97,15 +97,6 @@ TEST(FullColorRanges, ColorCastStoresAllThreeOrNone)
     }
 }
 
-TEST(FullColorRanges, ColorCastGetterFillsWhatIsGiven)
-{
-    FullColorOptions o = filled();
-    int32_t mg = 0;
-    EXPECT_EQ(o.colorCast(nullptr, &mg, nullptr), noErr);
-    EXPECT_EQ(mg, 2);
-    EXPECT_EQ(o.colorCast(nullptr, nullptr, nullptr), paramErr);
-}
-
 TEST(FullColorRanges, TrapSizesAre0To20ComparedUnsigned)
 {
     struct Case {
@@ -220,44 +211,6 @@ TEST(FullColorProfiles, CustomKindNeedsANameOtherKindsDropIt)
     EXPECT_EQ(name, std::nullopt);
 }
 
-std::vector<std::string> keysOf(const pl::DictPtr& d)
-{
-    std::vector<std::string> keys;
-    for (const auto& [k, v] : *d)
-        keys.push_back(k);
-    return keys;
-}
-
-TEST(FullColorTicket, DefaultRecordWritesAnEmptyDictionary)
-{
-    auto d = FullColorOptions().asTicket();
-    ASSERT_TRUE(d);
-    EXPECT_TRUE(d->empty());
-}
-
-TEST(FullColorTicket, WritesEveryKeyInOrderWithProfileTypesCarryingTheCustomCase)
-{
-    auto d = filled().asTicket();
-    EXPECT_EQ(keysOf(d),
-              (std::vector<std::string>{"FCLightness", "FCContrast", "FCSaturation", "FCColorCast", "FCTrapping",
-                                        "FCTrappingFastDirection", "FCTrappingSlowDirection", "FCBlackOverprint",
-                                        "FCTRC", "RGBImagesProfile", "RGBTextAndGraphicsProfile", "CMYKImagesProfile",
-                                        "CMYKTextAndGraphicsProfile", "GrayImagesProfile", "GrayTextAndGraphicsProfile",
-                                        "DestinationProfile", "ImageRendering", "TextRendering", "GraphicRendering"}));
-    auto cast = d->getDict("FCColorCast");
-    ASSERT_TRUE(cast);
-    EXPECT_EQ(keysOf(cast), (std::vector<std::string>{"FCCyanRed", "FCMagentaGreen", "FCYellowBlue"}));
-    EXPECT_EQ(cast->getInt("FCYellowBlue"), 3);
-    EXPECT_EQ(d->getInt("FCTrappingFastDirection"), 5);
-    EXPECT_EQ(d->getInt("FCTrappingSlowDirection"), 4);
-    EXPECT_EQ(d->getString("RGBImagesProfile"), "My RGB");
-    EXPECT_EQ(d->getInt("RGBTextAndGraphicsProfile"), 4);
-    EXPECT_EQ(d->getInt("CMYKImagesProfile"), 14);
-    EXPECT_EQ(d->getString("CMYKTextAndGraphicsProfile"), "My CMYK");
-    EXPECT_EQ(d->getString("DestinationProfile"), "Press");
-    EXPECT_EQ(d->getString("FCTRC"), "Curve A");
-}
-
 TEST(FullColorTicket, ACastWithOneUnsetValueIsDroppedWhole)
 {
     for (int unset = 0; unset < 3; ++unset) {
@@ -294,80 +247,6 @@ TEST(FullColorTicket, TrapSizesAreWrittenOnlyWhileTrappingIsOn)
     sizesOnly->setInt("FCTrappingFastDirection", 3);
     FullColorOptions(sizesOnly).trappingAdjustment(&slow, &fast);
     EXPECT_EQ(fast, kNotSet);
-}
-
-TEST(FullColorTicket, RoundTripKeepsEveryField)
-{
-    const FullColorOptions o = filled();
-    EXPECT_EQ(FullColorOptions(o.asTicket()), o);
-    // Through the XML form as well.
-    auto text = pl::writePlist(o.asTicket());
-    EXPECT_EQ(FullColorOptions(pl::as<pl::Dictionary>(pl::readPlist(text))), o);
-}
-
-TEST(FullColorTicket, ProfileValuesReadByType)
-{
-    auto d = pl::makeDict();
-    d->setString("RGBImagesProfile", "Studio");
-    d->setInt("RGBTextAndGraphicsProfile", 4);
-    d->setString("CMYKImagesProfile", "Coated");
-    d->setString("DestinationProfile", "Proof");
-    d->setInt("GrayImagesProfile", 1); // gray keys are taken only as strings
-    const FullColorOptions o(d);
-    int32_t kind = 0;
-    Name name;
-    o.rgbImagesProfile(&kind, &name);
-    EXPECT_EQ(kind, 5);
-    EXPECT_EQ(name, "Studio");
-    name.reset();
-    o.rgbTextAndGraphicsProfile(&kind, &name);
-    EXPECT_EQ(kind, 4);
-    EXPECT_EQ(name, std::nullopt);
-    o.cmykImagesProfile(&kind, &name);
-    EXPECT_EQ(kind, 3);
-    EXPECT_EQ(name, "Coated");
-    o.destinationProfile(&kind, &name);
-    EXPECT_EQ(kind, 2);
-    EXPECT_EQ(name, "Proof");
-    o.grayImagesProfile(&name);
-    EXPECT_EQ(name, std::nullopt);
-}
-
-TEST(FullColorTicket, WrongTypedOrRefusedValuesLeaveDefaults)
-{
-    auto d = pl::makeDict();
-    d->setString("FCLightness", "10");
-    d->setInt("FCContrast", 101);                // refused by the setter
-    d->setInt("FCSaturation", int64_t(1) << 33); // does not fit the field
-    d->setInt("FCColorCast", 5);                 // not a dictionary
-    d->setString("FCTrapping", "on");
-    d->setBool("FCBlackOverprint", true);
-    d->setInt("FCTRC", 3);
-    d->setString("RGBImagesProfile", std::string(256, 'x')); // too long
-    d->setInt("CMYKImagesProfile", kCMYKProfileCustom);      // custom kind without a name
-    d->set("DestinationProfile", pl::makeArray());
-    d->setReal("ImageRendering", 2.5);
-    d->set("TextRendering", pl::makeDict());
-    EXPECT_EQ(FullColorOptions(d), FullColorOptions());
-
-    // An out-of-range cast component refuses the whole cast; trap sizes likewise.
-    auto cast = pl::makeDict();
-    cast->setInt("FCCyanRed", 10);
-    cast->setInt("FCMagentaGreen", 200);
-    cast->setInt("FCYellowBlue", 10);
-    auto e = pl::makeDict();
-    e->set("FCColorCast", cast);
-    e->setInt("FCTrapping", 1);
-    e->setInt("FCTrappingFastDirection", 3);
-    e->setInt("FCTrappingSlowDirection", 99);
-    FullColorOptions r(e);
-    int32_t cr = 0, slow = 0, fast = 0, trapping = 0;
-    r.colorCast(&cr, nullptr, nullptr);
-    r.trappingAdjustment(&slow, &fast);
-    r.trapping(&trapping);
-    EXPECT_EQ(cr, kNotSet);
-    EXPECT_EQ(std::make_pair(slow, fast), std::make_pair(kNotSet, kNotSet));
-    EXPECT_EQ(trapping, 1);
 }
 
 TEST(FullColorTicket, FromTicketOverlaysOnlyWhatTheDictionaryHolds)
@@ -409,23 +288,6 @@ std::string label(std::string_view key)
     return it == table.end() ? "[" + std::string(key) + "]" : it->second;
 }
 
-TEST(FullColorSummary, OneLinePerSetValueInOrder)
-{
-    FullColorOptions o = filled();
-    ASSERT_EQ(o.setRGBTextAndGraphicsProfile(4, std::nullopt), noErr);
-    ASSERT_EQ(o.setDestinationProfile(1, std::nullopt), noErr);
-    EXPECT_EQ(GenerateFullColorSummary(o, 0, " | ", label),
-              "[Lightness:] 10 | [Contrast:] -20 | [Saturation:] 30 | "
-              "[Cyan-Red Color Cast:] 1 | [Magenta-Green Color Cast:] 2 | [Yellow-Blue Color Cast:] 3 | "
-              "[Trapping:] ON | [Trapping Height:] 5 | [Trapping Width:] 4 | [Black Overprint:] OFF | "
-              "[RGB Color Space Images Profile:] My RGB | [RGB Color Space Text and Graphics Profile:] sRGB! | "
-              "[CMYK Color Space Images Profile:] Commercial! | "
-              "[CMYK Color Space Text and Graphics Profile:] My CMYK | "
-              "[Gray Color Space Images Profile:] Gray A | [Gray Color Space Text and Graphics Profile:] Gray B | "
-              "[Destination Profile:] System! | [Rendering Images Label] Perc | [Rendering Text Label] Sat | "
-              "[Rendering Graphics Label] Auto");
-}
-
 TEST(FullColorSummary, PartialCastAndTrappingOffShowNoDetail)
 {
     FullColorOptions o;
@@ -436,20 +298,6 @@ TEST(FullColorSummary, PartialCastAndTrappingOffShowNoDetail)
     ASSERT_EQ(o.setTrapping(1), noErr);
     ASSERT_EQ(o.setTrappingAdjustment(kNotSet, 3), noErr);
     EXPECT_EQ(GenerateFullColorSummary(o, 0, "\n", label), "[Trapping:] ON\n[Trapping Height:] 3");
-}
-
-TEST(FullColorSummary, EmptySummaryShowsTheContextDefault)
-{
-    std::string shown;
-    ASSERT_EQ(ShowFullColorSummary(FullColorOptions(), 4, label, &shown), noErr);
-    EXPECT_EQ(shown, "<job>");
-    ASSERT_EQ(ShowFullColorSummary(FullColorOptions(), 0, label, &shown), noErr);
-    EXPECT_EQ(shown, "<default>");
-    FullColorOptions o;
-    o.setLightness(0);
-    ASSERT_EQ(ShowFullColorSummary(o, 4, label, &shown), noErr);
-    EXPECT_EQ(shown, "[Lightness:] 0");
-    EXPECT_EQ(ShowFullColorSummary(o, 4, label, nullptr), paramErr);
 }
 
 } // namespace

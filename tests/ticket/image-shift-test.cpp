@@ -29,38 +29,6 @@ _IS_Options readBack(const pl::DictPtr& d)
     return o;
 }
 
-std::vector<std::string> keysOf(const pl::DictPtr& d)
-{
-    std::vector<std::string> keys;
-    for (const auto& [k, v] : *d)
-        keys.push_back(k);
-    return keys;
-}
-
-TEST(ImageShiftTicket, WritesEveryKeyInOrderInHundredthsOfAMillimetre)
-{
-    _IS_Options o = inchRecord(kImageShiftMirrorX, 100, -50, 3, 1299);
-    auto d = ImageShiftCreateTicketFromOptions(&o, 4);
-    ASSERT_TRUE(d);
-    EXPECT_EQ(keysOf(d), (std::vector<std::string>{"Option", "Inches", "FullPrecision", "X1", "Y1", "X2", "Y2"}));
-    EXPECT_EQ(d->getInt("Option"), 3);
-    EXPECT_EQ(d->getInt("Inches"), 1);
-    EXPECT_EQ(d->getBool("FullPrecision"), true);
-    EXPECT_EQ(d->getInt("X1"), 2540);
-    EXPECT_EQ(d->getInt("Y1"), -1270);
-    EXPECT_EQ(d->getInt("X2"), 76);    // 76.2 rounds down
-    EXPECT_EQ(d->getInt("Y2"), 32995); // 32994.6 rounds up
-
-    o.inches = 7; // any non-zero unit flag is inch mode and is written as 1
-    EXPECT_EQ(ImageShiftCreateTicketFromOptions(&o, 0)->getInt("Inches"), 1);
-
-    o.inches = 0;
-    o.x1 = -4880;
-    d = ImageShiftCreateTicketFromOptions(&o, 0);
-    EXPECT_EQ(d->getInt("Inches"), 0);
-    EXPECT_EQ(d->getInt("X1"), -48800);
-}
-
 TEST(ImageShiftTicket, NoDictionaryWithoutARecordAValidFlagOrAMode)
 {
     EXPECT_FALSE(ImageShiftCreateTicketFromOptions(nullptr, 0));
@@ -108,64 +76,6 @@ TEST(ImageShiftTicket, EveryMultipleOfFiveHundredthsOfAnInchSurvives)
     }
 }
 
-TEST(ImageShiftTicket, ReadRules)
-{
-    // Without "FullPrecision" values are taken in the record's own unit, as older tickets hold.
-    auto old = pl::makeDict();
-    old->setInt("Option", 1);
-    old->setInt("X1", 2540);
-    _IS_Options r = readBack(old);
-    EXPECT_EQ(r.x1, 2540);
-    EXPECT_EQ(r.inches, 1); // no "Inches": inch mode
-    EXPECT_EQ(r.valid, 1);
-
-    // "FullPrecision" false is the same as absent.
-    old->setBool("FullPrecision", false);
-    EXPECT_EQ(readBack(old).x1, 2540);
-
-    // Millimetre mode divides by 10 truncating toward zero.
-    auto mm = pl::makeDict();
-    mm->setInt("Option", 5);
-    mm->setInt("Inches", 0);
-    mm->setBool("FullPrecision", true);
-    mm->setInt("X1", -159);
-    mm->setInt("Y2", 159);
-    r = readBack(mm);
-    EXPECT_EQ(r.inches, 0);
-    EXPECT_EQ(r.x1, -15);
-    EXPECT_EQ(r.y2, 15);
-    EXPECT_EQ(r.y1, 0); // absent values are 0
-
-    // A negative unit flag is millimetre mode ("Inches" > 0 decides).
-    mm->setInt("Inches", -1);
-    EXPECT_EQ(readBack(mm).inches, 0);
-}
-
-TEST(ImageShiftTicket, NullOrWrongTypedValuesReadAsAbsent)
-{
-    _IS_Options r = readBack(nullptr);
-    _IS_Options expected;
-    EXPECT_EQ(r, expected);
-
-    auto bad = pl::makeDict();
-    bad->setString("Option", "3");
-    bad->setString("Inches", "0");
-    bad->setInt("FullPrecision", 1); // only a boolean true converts
-    bad->setString("X1", "100");
-    bad->setInt("Y1", int64_t(INT32_MAX) + 1); // does not fit the field
-    bad->set("X2", pl::makeArray());
-    bad->setReal("Y2", 2540.0); // an integral real is a number
-    r = readBack(bad);
-    EXPECT_EQ(r.option, kNotSet);
-    EXPECT_EQ(r.inches, 1);
-    EXPECT_EQ(r.x1, 0);
-    EXPECT_EQ(r.y1, 0);
-    EXPECT_EQ(r.x2, 0);
-    EXPECT_EQ(r.y2, 2540);
-
-    EXPECT_EQ(ImageShiftSetOptionsFromTicket(nullptr, bad), paramErr);
-}
-
 TEST(ImageShiftTicket, HostileValuesNeitherOverflowNorWrap)
 {
     _IS_Options o = inchRecord(kImageShiftIndependent, INT32_MAX, INT32_MIN, -1, 1);
@@ -177,14 +87,6 @@ TEST(ImageShiftTicket, HostileValuesNeitherOverflowNorWrap)
     EXPECT_EQ(d->getInt("X1"), INT32_MAX);
     EXPECT_EQ(d->getInt("Y1"), INT32_MIN);
     EXPECT_EQ(d->getInt("X2"), -10);
-}
-
-TEST(ImageShiftInit, SetsTheInitialValues)
-{
-    _IS_Options o{1, 2, 3, 4, 5, 0, 6, 7, 8, 9};
-    ASSERT_EQ(ImageShiftInitialize(&o), noErr);
-    EXPECT_EQ(o, (_IS_Options{1, 1, kNotSet, kNotSet, 0, 1, 0, 0, 0, 0}));
-    EXPECT_EQ(ImageShiftInitialize(nullptr), paramErr);
 }
 
 TEST(ImageShiftInit, RevertKeepsOnlyTheJobsDuplex)
@@ -320,16 +222,6 @@ protected:
     }
     std::optional<std::string> saved_;
 };
-
-TEST_F(ImageShiftSummaryTest, UnsetShowsTheDefaultOfTheContext)
-{
-    _IS_Options o;
-    EXPECT_EQ(GenerateImageShiftSummary(o, 0, label), "Printer default");
-    EXPECT_EQ(GenerateImageShiftSummary(o, 4, label), "Job setting");
-    o.option = kImageShiftIndependent;
-    o.valid = 0;
-    EXPECT_EQ(GenerateImageShiftSummary(o, 4, label), "Job setting");
-}
 
 TEST_F(ImageShiftSummaryTest, ShowsBothSidesWithUnitsAndDecimals)
 {

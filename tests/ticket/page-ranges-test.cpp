@@ -110,26 +110,4 @@ TEST(PageRanges, EntryPointLeavesOutputAloneOnError)
     EXPECT_EQ(CreatePageRangesBySeparatingString(&good, true, nullptr), paramErr);
 }
 
-TEST(PageRanges, EveryCodeHasItsAlertKeys)
-{
-    struct Keys {
-        OSStatus code;
-        const char* title;
-        const char* message;
-    };
-    const Keys keys[] = {
-        {1000, "Page Number Limit Title", "Page Number Limit"},
-        {1001, "Invalid Pages Title", "Invalid Page Ranges"},
-        {1002, "Invalid Ranges Title", "Invalid Range Order"},
-        {1003, "Invalid Page Numbers Title", "Invalid Page Numbers Message"},
-        {1234, "PageRangeConflictTitle", "PageRangeConflictMessage"},
-    };
-    for (const Keys& k : keys) {
-        EXPECT_STREQ(PageRangeErrorTitleKey(k.code), k.title);
-        EXPECT_STREQ(PageRangeErrorMessageKey(k.code), k.message);
-    }
-    EXPECT_EQ(PageRangeErrorTitleKey(noErr), nullptr);
-    EXPECT_EQ(PageRangeErrorMessageKey(paramErr), nullptr);
-}
-
 } // namespace

@@ -68,25 +68,6 @@ TEST_P(ExceptionWalk, SplitsTrimsAndReplaces)
     EXPECT_EQ(spans(list), c.after);
 }
 
-// The same case with 64 far-away ranges in front of the batch: large batches go through the
-// list's tree walk instead of the vector walk, and must give the same result.
-TEST_P(ExceptionWalk, SameThroughTheBatchPath)
-{
-    const WalkCase& c = GetParam();
-    ExceptionPageList list;
-    for (const Span& s : c.before)
-        addSpans(list, {s});
-    std::vector<Span> batch;
-    for (int32_t i = 0; i < 64; ++i)
-        batch.push_back({5000 + 2 * i, 5000 + 2 * i, 99});
-    batch.insert(batch.end(), c.added.begin(), c.added.end());
-    addSpans(list, batch);
-    std::vector<Span> result = spans(list);
-    ASSERT_GE(result.size(), 64u);
-    result.resize(result.size() - 64);
-    EXPECT_EQ(result, c.after);
-}
-
 constexpr int32_t A = 7, B = 6, C = 8, N = 11, M = 12;
 
 INSTANTIATE_TEST_SUITE_P(

@@ -24,27 +24,6 @@ std::string summary(const Stock& s, JobContext context, const StockTextSource& t
 
 } // namespace
 
-TEST(StockSummary, DefaultStockAtJobLevelShowsPrinterDefaults)
-{
-    EXPECT_EQ(summary(Stock(), kJobContextJob),
-              "[StockColor]:[PrinterDefault]|[StockType]:[PrinterDefault]|[StockWeight]:[PrinterDefault]");
-    Stock reset;
-    DefaultStock(reset, kJobContextJob);
-    EXPECT_EQ(summary(reset, kJobContextJob), summary(Stock(), kJobContextJob));
-}
-
-TEST(StockSummary, DefaultStockAtPageLevelIsEmptyAndShowsUseJobSetting)
-{
-    const auto texts = bracketTexts();
-    for (JobContext c : {kJobContextCovers, kJobContextInserts, kJobContextExceptions}) {
-        EXPECT_EQ(summary(Stock(), c), "");
-        std::string view = "old";
-        Stock s;
-        EXPECT_EQ(ShowStockSummary(&texts, &view, &s, c), noErr);
-        EXPECT_EQ(view, "[UseJobSetting]");
-    }
-}
-
 TEST(StockSummary, ShowJoinsLinesWithNewlines)
 {
     const auto texts = bracketTexts();
@@ -72,82 +51,6 @@ TEST(StockSummary, ShowNeedsTextsAndAView)
     EXPECT_EQ(view, "");
 }
 
-TEST(StockSummary, NameOnlyStockShowsJustItsName)
-{
-    Stock s;
-    s.setCustomName("Glossy 200");
-    s.setCustomNameOnly(true);
-    s.setColor(2);
-    s.setSize(4);
-    EXPECT_EQ(summary(s, kJobContextJob), "[StockName]:Glossy 200");
-    EXPECT_EQ(summary(s, kJobContextCovers), "[StockName]:Glossy 200");
-}
-
-TEST(StockSummary, PageLevelShowsOnlySetAttributesAndTheSize)
-{
-    Stock s;
-    s.setSize(4);
-    s.setWeight(90);
-    s.setCustomName("Report");
-    EXPECT_EQ(summary(s, kJobContextInserts), "[StockName]:Report|[StockSize]:[A4StockSize]|[StockWeight]:[90] [gsm]");
-    // The size line is a page-level line only.
-    EXPECT_EQ(summary(s, kJobContextJob), "[StockName]:Report|[StockColor]:[PrinterDefault]|"
-                                          "[StockType]:[PrinterDefault]|[StockWeight]:[90] [gsm]");
-    // A type without a colour still shows at page level.
-    Stock typed;
-    typed.setType(9);
-    EXPECT_EQ(summary(typed, kJobContextExceptions), "[StockType]:[Labels]");
-}
-
-TEST(StockSummary, ValuesOfEachAttribute)
-{
-    const struct {
-        const char* what;
-        std::function<void(Stock&)> set;
-        const char* line;
-    } cases[] = {
-        {"custom size", [](Stock& s) { s.setWidth(100); }, "[StockSize]:[Custom]"},
-        {"B3 size", [](Stock& s) { s.setSize(70); }, "[StockSize]:[B3 (105 x 148 mm)]"},
-        {"unknown size", [](Stock& s) { s.setSize(99); }, "[StockSize]:STRING NOT FOUND"},
-        {"colour", [](Stock& s) { s.setColor(11); }, "[StockColor]:[Ivory]"},
-        {"custom colour",
-         [](Stock& s) {
-             s.setColor(10);
-             s.setCustomColor("Teal");
-         },
-         "[StockColor]:Teal"},
-        {"unknown colour", [](Stock& s) { s.setColor(99); }, "[StockColor]:STRING NOT FOUND"},
-        {"ordered",
-         [](Stock& s) {
-             s.setType(6);
-             s.setCustomType("Set A");
-             s.setModulus(3);
-         },
-         "[StockType]:Set A (3)"},
-        {"precut tab",
-         [](Stock& s) {
-             s.setType(4);
-             s.setModulus(5);
-         },
-         "[StockType]:[StockTypePrecutTab] (5)"},
-        {"custom type",
-         [](Stock& s) {
-             s.setType(7);
-             s.setCustomType("Card");
-         },
-         "[StockType]:Card"},
-        {"envelope", [](Stock& s) { s.setType(8); }, "[StockType]:[Envelope]"},
-        {"unknown type", [](Stock& s) { s.setType(50); }, "[StockType]:STRING NOT FOUND"},
-        {"table weight", [](Stock& s) { s.setWeight(250); }, "[StockWeight]:[250] [gsm]"},
-        {"other weight", [](Stock& s) { s.setWeight(100); }, "[StockWeight]:100 [gsm]"},
-    };
-    for (const auto& c : cases) {
-        Stock s;
-        c.set(s);
-        EXPECT_EQ(summary(s, kJobContextExceptions), c.line) << c.what;
-    }
-}
-
 TEST(StockSummary, TabStocksShowThePrinterTextWithTheirCount)
 {
     auto texts = bracketTexts();
@@ -168,20 +71,6 @@ TEST(StockSummary, TabStocksShowThePrinterTextWithTheirCount)
     s.setType(24);
     s.setModulus(0);
     EXPECT_EQ(summary(s, kJobContextCovers, texts), "[StockType]:STRING NOT FOUND");
-}
-
-TEST(StockSummary, SourceDecidesWhetherAttributesShow)
-{
-    auto texts = bracketTexts();
-    texts.installedOptionText = [](std::string_view key) { return "Inserter (" + std::string(key) + ")"; };
-    Stock s;
-    s.setColor(2);
-    s.setCustomName("Blue");
-    s.setSource(kStockSourceInserter);
-    EXPECT_EQ(summary(s, kJobContextInserts, texts), "- Inserter (PostPrintInserterKey)");
-    EXPECT_EQ(summary(s, kJobContextJob, texts), "- Inserter (PostPrintInserterKey)");
-    s.setSource(2);
-    EXPECT_EQ(summary(s, kJobContextInserts, texts), "");
 }
 
 TEST(StockSummary, MissingTextsShowStringNotFound)

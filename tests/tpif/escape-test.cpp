@@ -147,9 +147,9 @@ size_t roomFor(const std::string& open, const std::string& close)
     return kTPifLineBufferSize - 1 - open.size() - close.size();
 }
 
-size_t nameRoom(const char* tabs, const char* element)
+size_t nameRoom(const std::string& tabs, const char* element)
 {
-    return roomFor(std::string(tabs) + "<" + element + " syntax=\"name\" xml:space=\"preserve\">",
+    return roomFor(tabs + "<" + element + " syntax=\"name\" xml:space=\"preserve\">",
                    std::string("</") + element + ">\n");
 }
 
@@ -161,44 +161,18 @@ public:
 
     std::string next()
     {
-        static const std::vector<std::string> pieces = {"&",
-                                                        "<",
-                                                        ">",
-                                                        "\"",
-                                                        "'",
-                                                        "]]>",
-                                                        "<![CDATA[",
-                                                        "&amp;",
-                                                        "&#x1;",
-                                                        "&#xD;",
-                                                        "<!--",
-                                                        "-->",
-                                                        "</job-name>",
-                                                        "<?xml",
-                                                        "\t",
-                                                        "\r",
-                                                        "\n",
-                                                        "\r\n",
-                                                        "\xEF\xBF\xBE",
-                                                        "\xEF\xBF\xBF",
-                                                        "\xF0\x9F\x98\x80",
-                                                        "\xF0\x90\x8D\x88",
-                                                        "\xD7\xA9\xD7\x9C\xD7\x95\xD7\x9D",
-                                                        "\xD9\x85\xD8\xB1\xD8\xAD\xD8\xA8\xD8\xA7",
-                                                        "e\xCC\x81",
-                                                        "\xE2\x80\x8F",
-                                                        "\xE2\x80\xAE",
-                                                        "\xC3",
-                                                        "\x80",
-                                                        "\xED\xA0\x80",
-                                                        "\xED\xBF\xBF",
-                                                        "\xF4\x90\x80\x80",
-                                                        "\xC0\xAF",
-                                                        "\xFF",
-                                                        "word",
-                                                        " ",
-                                                        "Job 12",
-                                                        "\xE2\x82\xAC"};
+        // Pieces separated by '|', none of which contains one.
+        static const std::vector<std::string> pieces = [] {
+            std::vector<std::string> out;
+            std::istringstream in("&|<|>|\"|'|]]>|<![CDATA[|&amp;|&#x1;|&#xD;|<!--|-->|</job-name>|<?xml|\t|\r|\n|"
+                                  "\r\n|\xEF\xBF\xBE|\xEF\xBF\xBF|\xF0\x9F\x98\x80|\xF0\x90\x8D\x88|"
+                                  "\xD7\xA9\xD7\x9C\xD7\x95\xD7\x9D|\xD9\x85\xD8\xB1\xD8\xAD\xD8\xA8\xD8\xA7|"
+                                  "e\xCC\x81|\xE2\x80\x8F|\xE2\x80\xAE|\xC3|\x80|\xED\xA0\x80|\xED\xBF\xBF|"
+                                  "\xF4\x90\x80\x80|\xC0\xAF|\xFF|word| |Job 12|\xE2\x82\xAC");
+            for (std::string p; std::getline(in, p, '|');)
+                out.push_back(p);
+            return out;
+        }();
         std::string s;
         const int kind = std::uniform_int_distribution<int>(0, 99)(rng_);
         if (kind < 3) {
@@ -294,40 +268,30 @@ struct Field {
 
 std::vector<Field> fields(bool formUse)
 {
+    // Element and indent of every user-text field; the notes are never cut.
+    // clang-format off
+    const std::pair<const char*, int> named[] = {
+        {"job-name", 2}, {"requesting-user-name", 2}, {"job-recipient-name", 2}, {"media-description", 3},
+        {"media-key", 3}, {"finishing-template", 3}, {"save-name", 5}, {"trc-name", 3},
+        {"undefined-source-rgb-images", 2}, {"undefined-source-rgb-text", 2}, {"undefined-source-rgb-graphics", 2},
+        {"undefined-source-cmyk-images", 2}, {"undefined-source-cmyk-text", 2}, {"undefined-source-cmyk-graphics", 2},
+        {"undefined-source-gray-images", 2}, {"undefined-source-gray-text", 2}, {"undefined-source-gray-graphics", 2},
+        {"color-destination-profile-front", 2}, {"color-destination-profile-back", 2}, {"job-accounting-user-id", 2},
+        {formUse ? "form-name" : "form-save-name", formUse ? 4 : 5},
+    };
+    // clang-format on
     std::vector<Field> f = {
-        {"job-name", nameRoom("\t\t", "job-name")},
-        {"requesting-user-name", nameRoom("\t\t", "requesting-user-name")},
         {"job-message-to-operator", SIZE_MAX},
-        {"job-recipient-name", nameRoom("\t\t", "job-recipient-name")},
         {"job-sheet-message", SIZE_MAX},
         {"job-accounting-data", SIZE_MAX},
         {"media-type", nameRoom("\t\t\t", "media-type"), true},
         {"media-color", nameRoom("\t\t\t", "media-color"), true},
-        {"media-description", nameRoom("\t\t\t", "media-description")},
-        {"media-key", nameRoom("\t\t\t", "media-key")},
-        {"finishing-template", nameRoom("\t\t\t", "finishing-template")},
-        {"save-name", nameRoom("\t\t\t\t\t", "save-name")},
         {"save-location", roomFor("\t\t\t\t\t<save-location syntax=\"uri\">", "</save-location>\n")},
-        {"trc-name", nameRoom("\t\t\t", "trc-name")},
-        {"undefined-source-rgb-images", nameRoom("\t\t", "undefined-source-rgb-images")},
-        {"undefined-source-rgb-text", nameRoom("\t\t", "undefined-source-rgb-text")},
-        {"undefined-source-rgb-graphics", nameRoom("\t\t", "undefined-source-rgb-graphics")},
-        {"undefined-source-cmyk-images", nameRoom("\t\t", "undefined-source-cmyk-images")},
-        {"undefined-source-cmyk-text", nameRoom("\t\t", "undefined-source-cmyk-text")},
-        {"undefined-source-cmyk-graphics", nameRoom("\t\t", "undefined-source-cmyk-graphics")},
-        {"undefined-source-gray-images", nameRoom("\t\t", "undefined-source-gray-images")},
-        {"undefined-source-gray-text", nameRoom("\t\t", "undefined-source-gray-text")},
-        {"undefined-source-gray-graphics", nameRoom("\t\t", "undefined-source-gray-graphics")},
-        {"color-destination-profile-front", nameRoom("\t\t", "color-destination-profile-front")},
-        {"color-destination-profile-back", nameRoom("\t\t", "color-destination-profile-back")},
-        {"job-accounting-user-id", nameRoom("\t\t", "job-accounting-user-id")},
         {"job-account-id",
          roomFor("\t\t<job-account-id syntax=\"name\" xml:space=\"preserve\">", "</job-accounting-id>\n")},
     };
-    if (formUse)
-        f.push_back({"form-name", nameRoom("\t\t\t\t", "form-name")});
-    else
-        f.push_back({"form-save-name", nameRoom("\t\t\t\t\t", "form-save-name")});
+    for (const auto& [element, tabs] : named)
+        f.push_back({element, nameRoom(std::string(tabs, '\t'), element)});
     return f;
 }
 
