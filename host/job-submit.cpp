@@ -5,8 +5,10 @@
 
 #include <cups/cups.h>
 
+#include <chrono>
 #include <cstdio>
 #include <memory>
+#include <thread>
 
 namespace talmo::host {
 
@@ -57,13 +59,13 @@ SubmitResult SubmitPdfJob(const std::string& printer, const std::string& pdfPath
     std::unique_ptr<http_t, HttpDeleter> http(
         cupsConnectDest(dest.get(), flags, timeoutMs, nullptr, resource, sizeof resource, nullptr, nullptr));
     if (!http) {
-        result.message = lastError(("cannot connect to " + printer).c_str());
+        result.message = lastError(("cannot reach " + printer).c_str());
         return result;
     }
     httpSetTimeout(http.get(), timeoutMs / 1000.0, nullptr, nullptr);
     std::unique_ptr<cups_dinfo_t, InfoDeleter> info(cupsCopyDestInfo(http.get(), dest.get()));
     if (!info) {
-        result.message = lastError(("no answer from " + printer).c_str());
+        result.message = lastError(("cannot reach " + printer).c_str());
         return result;
     }
 
@@ -74,9 +76,14 @@ SubmitResult SubmitPdfJob(const std::string& printer, const std::string& pdfPath
     int count = 0;
     for (const JobOption& o : request.options)
         count = cupsAddOption(o.name.c_str(), o.value.c_str(), count, &options);
+    // A printer busy with another job says so; ask again until the time is up.
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
     int jobId = 0;
-    const ipp_status_t created =
-        cupsCreateDestJob(http.get(), dest.get(), info.get(), &jobId, request.jobName.c_str(), count, options);
+    ipp_status_t created;
+    while ((created = cupsCreateDestJob(http.get(), dest.get(), info.get(), &jobId, request.jobName.c_str(), count,
+                                        options)) == IPP_STATUS_ERROR_BUSY &&
+           std::chrono::steady_clock::now() < deadline)
+        std::this_thread::sleep_for(std::chrono::milliseconds(250));
     if (created > IPP_STATUS_OK_CONFLICTING || jobId <= 0) {
         cupsFreeOptions(count, options);
         result.message = lastError("the printer refused the job");
