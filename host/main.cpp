@@ -64,12 +64,13 @@ Destination choosePrinter(PrintSession& session, const std::string& wanted, bool
         session.setPrinter(p);
         return d;
     }
-    if (auto p = CupsPrinter(wanted, wanted.empty() ? 1000 : 3000)) {
+    const bool demoAsked = wanted == "demo";
+    if (auto p = demoAsked ? std::nullopt : CupsPrinter(wanted, wanted.empty() ? 1000 : 3000)) {
         d.target = p->name;
         session.setPrinter(std::move(*p), true);
         return d;
     }
-    if (!wanted.empty()) {
+    if (!wanted.empty() && !demoAsked) {
         d.why = "no CUPS printer named " + wanted;
         return d;
     }
@@ -163,7 +164,8 @@ public:
             if (auto* w = dialog_->findChild<QWidget*>(hidden))
                 w->setVisible(false);
         if (auto* location = dialog_->findChild<QLabel*>("location"))
-            location->setText(QString::fromStdString(p.deviceURI));
+            location->setText(p.deviceURI == "file:///dev/null" ? QString("Offline demo: nothing is sent")
+                                                                : QString::fromStdString(p.deviceURI));
         if (auto* type = dialog_->findChild<QLabel*>("type"))
             type->setText(QString::fromStdString(p.makeAndModel.empty() ? "IPP printer" : p.makeAndModel));
     }
@@ -322,7 +324,8 @@ int main(int argc, char* argv[])
     parser.setApplicationDescription("Print a PDF with the Talmo print dialog extension.");
     parser.addHelpOption();
     parser.addOptions({
-        {"printer", "CUPS printer name or ipp:// URI (default: the CUPS default, else the demo printer).", "NAME|URI"},
+        {"printer", "CUPS printer name, ipp:// URI or \"demo\" (default: the CUPS default, else the demo printer).",
+         "NAME|URI"},
         {"ticket", "Load the print settings ticket from this property list.", "IN.plist"},
         {"panel", "Show panel N (1-6) of the extension.", "N"},
         {"save-ticket", "Sync as Print would, write the print settings ticket, exit without printing.", "OUT.plist"},
@@ -362,7 +365,7 @@ int main(int argc, char* argv[])
 
     PrintSession session;
     Destination dest = choosePrinter(session, o.printer.toStdString(), o.print || !o.automated());
-    if (!o.printer.isEmpty() && dest.target.empty())
+    if (!o.printer.isEmpty() && o.printer != "demo" && dest.target.empty())
         return complain(dest.why);
     session.printerInfo().set(kPMMakeAndModelNameKey, pl::makeString(session.printer().makeAndModel), kCreator);
     if (!o.ticket.isEmpty()) {
