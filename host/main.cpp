@@ -432,6 +432,8 @@ int main(int argc, char* argv[])
                 complain(r.message);
                 QMessageBox::critical(nullptr, "Printing failed", QString::fromStdString(r.message));
                 code = 1;
+            } else {
+                std::printf("Job %d accepted by %s\n", r.jobId, dest.target.c_str());
             }
         }
         QTimer::singleShot(0, &app, &QApplication::quit);
