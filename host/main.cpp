@@ -8,6 +8,7 @@
 #include <QComboBox>
 #include <QCommandLineParser>
 #include <QDir>
+#include <QFileDialog>
 #include <QFileInfo>
 #include <QLabel>
 #include <QMessageBox>
@@ -352,6 +353,13 @@ int main(int argc, char* argv[])
         return complain("give one PDF file", 2);
     if (!parser.positionalArguments().isEmpty())
         o.file = parser.positionalArguments().first();
+    // Started from the desktop menu there is no document yet: ask for one.
+    if (o.file.isEmpty() && !o.automated()) {
+        o.file =
+            QFileDialog::getOpenFileName(nullptr, "Choose a PDF to print", QDir::homePath(), "PDF documents (*.pdf)");
+        if (o.file.isEmpty())
+            return 0;
+    }
     if (!o.file.isEmpty() && !QFileInfo(o.file).isReadable())
         return complain("cannot read " + o.file.toStdString());
 
