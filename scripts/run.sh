@@ -34,6 +34,7 @@ else
     echo "== build/screenshots/panel-$panel.png"
   done
   kill "$xvfb_pid"
+  wait "$xvfb_pid" 2>/dev/null || true
   xvfb_pid=""
 fi
 
