@@ -21,9 +21,9 @@ bool AttachFileToPdf(const std::string& in, const std::string& out, const std::s
         pdf.processFile(in.c_str());
         auto stream = QPDFEFStreamObjectHelper::createEFStream(pdf, std::string(bytes));
         stream.setSubtype("application/xml");
-        auto spec = QPDFFileSpecObjectHelper::createFileSpec(pdf, name, stream);
-        spec.setDescription("Job ticket");
-        QPDFEmbeddedFileDocumentHelper(pdf).replaceEmbeddedFile(name, spec);
+        auto fileSpec = QPDFFileSpecObjectHelper::createFileSpec(pdf, name, stream);
+        fileSpec.setDescription("Job ticket");
+        QPDFEmbeddedFileDocumentHelper(pdf).replaceEmbeddedFile(name, fileSpec);
         QPDFWriter writer(pdf, out.c_str());
         writer.write();
         return true;
