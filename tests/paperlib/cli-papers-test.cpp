@@ -2,7 +2,7 @@
 // property list.
 #include "paperlib/paperlib.h"
 #include "ipp-answers.h"
-#include "loopback-servers.h"
+#include "testing/loopback-servers/loopback-servers.h"
 #include "paperlib-fixture.h"
 
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 // how it ends against printers that never answer.
 #include "paperlib/paperlib.h"
 #include "ipp-answers.h"
-#include "loopback-servers.h"
+#include "testing/loopback-servers/loopback-servers.h"
 
 #include <gtest/gtest.h>
 

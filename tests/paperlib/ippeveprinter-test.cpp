@@ -1,7 +1,7 @@
 // The paper list fetched from a real IPP printer: ippeveprinter on a loopback port, declaring
 // 31 production papers in its media-col-database.
 #include "paperlib/paperlib.h"
-#include "loopback-servers.h"
+#include "testing/loopback-servers/loopback-servers.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 // never answer.
 #include "paperlib/paperlib.h"
 #include "ipp-answers.h"
-#include "loopback-servers.h"
+#include "testing/loopback-servers/loopback-servers.h"
 
 #include <gtest/gtest.h>
 
