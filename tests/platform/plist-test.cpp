@@ -113,10 +113,23 @@ TEST(PlistReader, RejectsMalformedInputWithStatusLineAndMessage)
          "<?xml version=\"1.0\"?><!DOCTYPE plist [<!ENTITY a \"aaaa\">]><plist><string>&a;</string></plist>",
          ParseResult::Status::NotPlist, 0},
         {"text in dict", doc("<dict>stray<key>a</key><true/></dict>\n"), ParseResult::Status::BadElement, 4},
+        // Year 10000 cannot be written back: refused, not clamped.
+        {"past the last date", doc("<date>9999-12-31T23:59:60Z</date>\n"), ParseResult::Status::BadValue, 4},
+        {"parameter entity", "<!DOCTYPE plist [<!ENTITY % p \"x\">]><plist><string>a</string></plist>",
+         ParseResult::Status::NotPlist, 0},
+        // libxml2 would report these on stderr.
+        {"undecodable UCS-4", "<?xml version='1.0' encoding='UCS-4'?><plist><string>\xff\xfe</string></plist>",
+         ParseResult::Status::NotXml, 0},
+        {"undecodable SHIFT_JIS",
+         std::string("<?xml version='1.0' encoding='SHIFT_JIS'?><plist><string>\xff\xfe\x00\x00\x00\xd8</string>"
+                     "</plist>"),
+         ParseResult::Status::NotXml, 0},
     };
     for (const auto& c : cases) {
         ParseResult r;
+        testing::internal::CaptureStderr();
         EXPECT_EQ(readPlist(c.text, &r), nullptr) << c.name;
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << c.name;
         EXPECT_EQ(r.status, c.status) << c.name << ": " << r.message;
         if (c.line) {
             EXPECT_EQ(r.line, c.line) << c.name << ": " << r.message;
@@ -160,10 +173,18 @@ TEST(PlistRoundTrip, WriteThenReadIsTheSameModel)
     d->setReal("tiny", 5e-324);
     d->set("date", makeDate(-978307200.0 + 86400 * 365.0));
     d->setString("cr", "a\rb");
+    for (const char* text : {"9999-12-31T23:59:59Z", "0000-01-01T00:00:00Z"}) {
+        double seconds = 0;
+        ASSERT_TRUE(parseDateText(text, seconds)) << text;
+        d->set(text, makeDate(seconds));
+    }
     d->remove("k3");
     auto back = readPlist(writePlist(d));
     EXPECT_TRUE(equal(d, back));
     EXPECT_EQ(as<Dictionary>(back)->entries()[3].first, "k4");
+    double leap = 0;
+    ASSERT_TRUE(parseDateText("2016-12-31T23:59:60Z", leap));
+    EXPECT_EQ(formatDateText(leap), "2017-01-01T00:00:00Z") << "a leap second reads as the next second";
 }
 
 TEST(Values, DictionaryKeepsPositionOnReplaceAndSharesNested)
