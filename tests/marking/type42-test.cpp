@@ -18,8 +18,6 @@ constexpr const char* kMissingTable = "DEBUG: Malformed TrueType file - missing 
 constexpr const char* kBadMagic = "DEBUG: Malformed TrueType file - Bad magic number\n";
 const std::string kDejaVu = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf";
 const std::string kTangut = "/usr/share/fonts/truetype/noto/NotoSerifTangut-Regular.ttf";
-// Holds a table longer than 65534 bytes with no break point inside.
-const std::string kDejaVuLight = "/usr/share/fonts/truetype/dejavu/DejaVuSans-ExtraLight.ttf";
 
 struct Conversion {
     Type42Result result;
@@ -187,20 +185,6 @@ TEST(Type42, UnsplittableDataStopsWithTheOutputIncomplete)
     EXPECT_EQ(c.output.find("/CharStrings"), std::string::npos);
 }
 
-TEST(Type42, RealFontWithAnUnsplittableTableStopsIncomplete)
-{
-    if (!fileExists(kDejaVuLight))
-        GTEST_SKIP() << "fonts-dejavu-core missing";
-    auto c = convert(readBytes(kDejaVuLight), "Probe");
-    EXPECT_EQ(c.result.status, Type42Status::NoBreakPoint);
-    auto s = parseSfnts(c.output);
-    EXPECT_FALSE(s.closed);
-    ASSERT_FALSE(s.strings.empty());
-    EXPECT_NE(c.result.detail.find("after offset " + std::to_string(s.starts.back() + s.strings.back().size())),
-              std::string::npos)
-        << c.result.detail;
-}
-
 TEST(Type42, FontNameIsClippedTo511BytesOnACharacterBoundary)
 {
     std::string name(510, 'N');
@@ -298,22 +282,6 @@ TEST(Type42Ghostscript, RealFontsRenderLikeTheTrueTypeFont)
         if (!fileExists(path))
             GTEST_SKIP() << path << " missing (fonts-dejavu-core, fonts-noto-core)";
         expectSameRendering(path, psName, drawing);
-    }
-}
-
-TEST(Type42Ghostscript, TinyFontIsAcceptedByDefinefont)
-{
-    if (!haveProgram("gs"))
-        GTEST_SKIP() << "gs missing (ghostscript)";
-    for (const char* file : {"tiny-post2.ttf", "tiny-post3.ttf"}) {
-        SCOPED_TRACE(file);
-        std::string program;
-        ASSERT_TRUE(convertTTFtoPS42(readBytes(dataPath(file)), "TinyTest", program).complete());
-        std::string t42 = scratchPath(std::string(file) + ".t42");
-        writeText(t42, program);
-        EXPECT_EQ(run("gs -q -dNODISPLAY -dBATCH -dNOPAUSE -dSAFER " + t42 +
-                      " -c \"/TinyTest findfont /FontType get 42 ne { 1 .quit } if\" >/dev/null 2>&1"),
-                  0);
     }
 }
 

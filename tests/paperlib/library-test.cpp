@@ -264,17 +264,7 @@ TEST_F(StockLibraryListTest, WritingKeepsTheFileOtherKeys)
 
 TEST_F(StockLibraryListTest, ShippedListIsTheStartWhenTheUserHasNoFile)
 {
-    pl::DictPtr shipped = pl::makeDict();
-    pl::DictPtr list = pl::makeDict();
-    list->set("S1", Entry(NamedPaper("Shipped")).asTicket());
-    shipped->set(kStockLibraryStockListKey, list);
-    pl::ArrayPtr order = pl::makeArray();
-    order->append(pl::makeString("S1"));
-    shipped->set(kStockLibraryStockMenuListKey, order);
-    pl::DictPtr widths = pl::makeDict();
-    widths->setInt("NaMe", 180);
-    shipped->set(kStockLibraryColumnWidthsKey, widths);
-    writeRaw(shippedFile(), pl::writePlist(shipped));
+    writeRaw(shippedFile(), readAll(dataPath("shipped-library.plist")));
     const std::string shippedBytes = readAll(shippedFile());
 
     {
@@ -299,19 +289,9 @@ TEST_F(StockLibraryListTest, ShippedListIsTheStartWhenTheUserHasNoFile)
 
 TEST_F(StockLibraryListTest, DamagedFileGivesAFreshList)
 {
-    const std::vector<std::string> damaged = {
-        "garbage \x01\x02",
-        "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>com.talmo.print.StockLibrary.StockList</key>",
-        "<?xml version=\"1.0\"?><plist version=\"1.0\"><array/></plist>",
-        // The list key holding the wrong type, entries that are not dictionaries.
-        "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>com.talmo.print.StockLibrary.StockList</key>"
-        "<string>x</string><key>com.talmo.print.StockLibrary.StockMenuList</key><dict/></dict></plist>",
-        "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>com.talmo.print.StockLibrary.StockList</key>"
-        "<dict><key>A</key><integer>3</integer><key>B</key><dict><key>Stock</key><string>s</string>"
-        "<key>EntryStatus</key><real>1e300</real></dict></dict></dict></plist>",
-    };
-    for (const std::string& bytes : damaged) {
-        writeRaw(libraryFile(), bytes);
+    for (const auto& damaged : std::filesystem::directory_iterator(dataPath("damaged-library"))) {
+        SCOPED_TRACE(damaged.path().filename().string());
+        writeRaw(libraryFile(), readAll(damaged.path()));
         StockLibraryList list;
         StockLibraryOrderList order;
         EXPECT_EQ(order.stockOrderList()->size(), 0u);
@@ -320,7 +300,7 @@ TEST_F(StockLibraryListTest, DamagedFileGivesAFreshList)
         list.clearStatus();
         StockLibrary e = Entry(NamedPaper("Fresh"));
         const std::string k = list.add(&e);
-        EXPECT_TRUE(libraryDict()->getDict(kStockLibraryStockListKey)->getDict(k)) << bytes;
+        EXPECT_TRUE(libraryDict()->getDict(kStockLibraryStockListKey)->getDict(k));
     }
 }
 

@@ -41,6 +41,11 @@ protected:
     std::string libraryFile() const { return root_ + "/config/talmo/" + kStockLibraryDomain; }
     std::string shippedFile() const { return root_ + "/shipped/talmo/" + kStockLibraryFallbackFile; }
 
+    static std::string dataPath(const std::string& name)
+    {
+        return std::string(TALMO_SOURCE_DIR) + "/tests/paperlib/data/" + name;
+    }
+
     static void writeRaw(const std::string& path, const std::string& bytes)
     {
         std::filesystem::create_directories(std::filesystem::path(path).parent_path());
