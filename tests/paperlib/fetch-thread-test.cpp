@@ -169,7 +169,7 @@ TEST_F(FetchThread, QuitWhileAFetchIsBlockedReturnsWithinOneSecond)
 TEST_F(FetchThread, SilentPrinterEndsInTheFailedStateWithTheMainLoopResponsive)
 {
     ScriptedServer tarpit(Tarpit);
-    SetPaperListFetchLimits({1000, 1500, 100});
+    SetPaperListFetchLimits({1000, 3000, 100});
     const std::shared_ptr<RunLoop> mainLoop = RunLoop::current();
     std::atomic<bool> ticking{true};
     std::atomic<int64_t> worstUs{0};
@@ -197,8 +197,9 @@ TEST_F(FetchThread, SilentPrinterEndsInTheFailedStateWithTheMainLoopResponsive)
     RunLoop::current()->runPending();
     EXPECT_TRUE(ended);
     EXPECT_EQ(gPrinterStockBiDiStatus, kBiDiStatusFailed);
-    EXPECT_LE(seconds, 4.0);
-    EXPECT_GT(ticks, 100) << "the main loop ran during the fetch";
+    EXPECT_LE(seconds, 5.0);
+    EXPECT_GT(ticks, 50) << "the main loop ran during the fetch";
+    EXPECT_LT(worstUs, 1000000) << "a main loop held by the fetch waits as long as the fetch";
     RecordProperty("main loop latency us", std::to_string(worstUs.load()));
 }
 
