@@ -21,16 +21,8 @@ using Entries = std::vector<std::pair<std::string, std::string>>;
 
 TEST(StringsTable, ReadsEntriesInFileOrderWithCommentsAndEscapes)
 {
-    const char* text = "/* header\n comment */\n"
-                       "\"PrinterDefault\" = \"Printer Default\";\n"
-                       "// a line comment \"not = an entry\";\n"
-                       "\"Quote\"=\"say \\\"hi\\\"\\\\ done\";\n"
-                       "\"Lines\" = \"a\\nb\\tc\";\n"
-                       "\"Euro\" = \"\\U20AC \\u00e9\";\n"
-                       "\"Smile\" = \"\\UD83D\\UDE00\";\n"
-                       "bare_key.1 = bare-value;\n"
-                       "\"Self\";\n"
-                       "\"Grüße\" = \"ß\";";
+    std::string text;
+    ASSERT_TRUE(ReadFileBytes(TALMO_SOURCE_DIR "/tests/platform/data/escapes.strings", text, 1 << 16));
     StringsParseResult r;
     auto d = parseStringsTable(text, &r);
     ASSERT_TRUE(d) << r.message;
