@@ -76,25 +76,6 @@ TEST_F(Installable, FeatureIsInstalledWhenAnyRowHolds)
     }
 }
 
-TEST_F(Installable, ShippedMapFollowsTheFinisherModel)
-{
-    const struct {
-        const char* ppd;
-        const char* feature;
-        bool installed;
-    } cases[] = {
-        {"talmo-studio-press.ppd", "StackerTray1Key", true}, // ProfFinisher
-        {"talmo-studio-press.ppd", "OmbraInserter", true},      {"talmo-studio-press.ppd", "SimpleCatchTrayKey", false},
-        {"talmo-office-press.ppd", "SimpleCatchTrayKey", true}, // SCT
-        {"talmo-office-press.ppd", "OmbraInserter", false},
-    };
-    for (const auto& c : cases) {
-        UnloadInstallableOptions();
-        ASSERT_TRUE(LoadInstallableOptions(PPDOpenAsCurrent(shipped(c.ppd)), kTalmoInstalledFeatureMap));
-        EXPECT_EQ(getInstalledFeature(c.feature), c.installed) << c.ppd << " " << c.feature;
-    }
-}
-
 TEST_F(Installable, DeviceMimicByModelAndFinisher)
 {
     ASSERT_TRUE(LoadInstallableOptions(PPDOpenAsCurrent(shipped("talmo-studio-press.ppd")), kTalmoInstalledFeatureMap));

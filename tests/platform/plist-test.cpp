@@ -54,23 +54,17 @@ TEST(PlistWriter, NeverWritesCharactersXmlForbids)
     EXPECT_EQ(back->getString("k"), "ab\r\n\tc");
 }
 
-TEST(PlistReader, ReadsEveryTypeInFileOrder)
+// What a hand-edited file may hold beyond the writer's own layout.
+TEST(PlistReader, AcceptsBlanksAroundNumbersAndInsideData)
 {
-    auto v = readPlist(doc("<dict><key>z</key><integer> 42 </integer><key>a</key><real>-1.5e3</real>"
-                           "<key>m</key><array><true/><false/><date>2024-02-29T12:34:56Z</date></array>"
-                           "<key>d</key><data>AAEC\n /w==</data><key>s</key><string>x &lt; y</string></dict>\n"));
-    auto d = as<Dictionary>(v);
+    auto d = as<Dictionary>(readPlist(doc("<dict><key>z</key><integer> 42 </integer><key>a</key><real>-1.5e3</real>"
+                                          "<key>d</key><data>AAEC\n /w==</data>"
+                                          "<key>t</key><date>2024-02-29T12:34:56Z</date></dict>\n")));
     ASSERT_TRUE(d);
-    ASSERT_EQ(d->size(), 5u);
-    EXPECT_EQ(d->entries()[0].first, "z");
-    EXPECT_EQ(d->entries()[1].first, "a");
     EXPECT_EQ(d->getInt("z"), 42);
     EXPECT_EQ(d->getReal("a"), -1500.0);
-    auto m = d->getArray("m");
-    ASSERT_TRUE(m);
-    EXPECT_EQ(formatDateText(as<Date>(m->at(2))->seconds), "2024-02-29T12:34:56Z");
     EXPECT_EQ(as<Data>(d->get("d"))->bytes, (std::vector<uint8_t>{0, 1, 2, 255}));
-    EXPECT_EQ(d->getString("s"), "x < y");
+    EXPECT_EQ(formatDateText(as<Date>(d->get("t"))->seconds), "2024-02-29T12:34:56Z");
 }
 
 struct BadCase {
