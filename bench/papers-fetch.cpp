@@ -1,7 +1,7 @@
 // Whole-process time of fetching a printer's paper list: `talmo papers fetch` against
 // `ipptool` sending the same Get-Printer-Attributes, both from a loopback ippeveprinter
 // declaring 31 and 500 papers. Output goes to /dev/null; each iteration is one process.
-#include "loopback-servers.h"
+#include "testing/loopback-servers/loopback-servers.h"
 
 #include <benchmark/benchmark.h>
 

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <sstream>
 #include <string>
 
 using namespace talmo;
@@ -28,83 +30,27 @@ TEST(PPDKeywordMaps, FirstMatchingRowWinsBothWays)
         int32_t value;
     } rows[] = {
         {"MediaType", "CardStock", 12}, // the second "CardStock" = 43 is never reached
-        {"MediaType", "CardStockF", 43},
-        {"PageSize", "3x5", 80},
-        {"PageSize", "Custom", 75},
-        {"OutputBin", "Upper", 5},
-        {"OutputBin", "Center", 5},
-        {"OutputBin", "Bottom", 5},
-        {"OutputBin", "PrinterDefault", INT32_MIN},
-        {"TLSlipSheetType", "TabStock", 24}, // shares the media type map
-        {"TLBackCoverSheet", "Bypass", 100},
-        {"TLImageQuality", "Lighten5", -5},
-        {"TLImageQuality", "Darken3", 3},
-        {"MediaColor", "Custom7", 21},
-        {"Duplex", "DuplexTumble", 3},
-        {"JCLBanner", "False", 0},
-        {"MediaType", "Vellum", -1},  // no such choice
-        {"NoSuchOption", "None", -1}, // no such option
+        {"MediaType", "CardStockF", 43},     {"OutputBin", "Upper", 5},
+        {"OutputBin", "Center", 5},          {"OutputBin", "PrinterDefault", INT32_MIN},
+        {"TLSlipSheetType", "TabStock", 24},                              // shares the media type map
+        {"TLImageQuality", "Lighten5", -5},  {"MediaType", "Vellum", -1}, // no such choice
+        {"NoSuchOption", "None", -1},                                     // no such option
     };
     for (const auto& r : rows)
         EXPECT_EQ(PPDTicketValueForChoice(r.option, r.choice), r.value) << r.option << "/" << r.choice;
 
     EXPECT_STREQ(PPDChoiceForTicketValue("OutputBin", 5), "Upper");
     EXPECT_STREQ(PPDChoiceForTicketValue("MediaType", 43), "CardStock");
-    EXPECT_STREQ(PPDChoiceForTicketValue("InputSlot", 0), "Auto");
     EXPECT_EQ(PPDChoiceForTicketValue("OutputBin", 99), nullptr);
     EXPECT_EQ(PPDChoiceForTicketValue("NoSuchOption", 1), nullptr);
 }
 
-TEST(PPDKeywordMaps, TablesHoldEveryListedRow)
+TEST_F(CurrentPPD, AMissingOptionIsReported)
 {
-    auto count = [](const PPDChoiceMap* m) {
-        int n = 0;
-        while (m[n].choice)
-            ++n;
-        return n;
-    };
-    // The listed rows; the terminator is not counted.
-    EXPECT_EQ(count(_MediaTypeMap), 43);
-    EXPECT_EQ(count(_PageSizeMap), 55);
-    EXPECT_EQ(count(_OutputBinMap), 17);
-    EXPECT_EQ(count(_MediaColorMap), 21);
-    EXPECT_EQ(count(_LightenDarkenMap), 11);
-    int options = 0;
-    while (_MainKeywordMap[options].option)
-        ++options;
-    EXPECT_EQ(options, 28);
-}
-
-TEST_F(CurrentPPD, MenuListsOfferedChoicesWithTicketValuesInPPDOrder)
-{
-    PPDHandle ppd = PPDOpenAsCurrent(shipped("talmo-studio-press.ppd"));
-    ASSERT_NE(ppd, nullptr);
-    std::vector<PPDMenuItem> items;
+    std::vector<PPDMenuItem> items{{}};
     testing::internal::CaptureStderr();
-    int n = PPDPopulateMenuWithChoices(items, ppd, "OutputBin");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    ASSERT_EQ(n, 7);
-    EXPECT_EQ(items[0].text, "Automatically Select");
-    EXPECT_EQ(items[0].ticketValue, 1);
-    EXPECT_EQ(items[4].text, "Center Tray");
-    EXPECT_EQ(items[4].ticketValue, 5);
-    EXPECT_EQ(items[6].ticketValue, 7);
-}
-
-TEST_F(CurrentPPD, UnmappedChoiceAndMissingOptionAreReported)
-{
-    PPDHandle ppd = PPDOpenAsCurrent(fixture("for-tests-unmapped-choice.ppd"));
-    ASSERT_NE(ppd, nullptr);
-    std::vector<PPDMenuItem> items;
-    testing::internal::CaptureStderr();
-    int n = PPDPopulateMenuWithChoices(items, ppd, "MediaType");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Skipped unrecognized choice in PPD: Vellum\n");
-    EXPECT_EQ(n, 13);
-    for (const auto& item : items)
-        EXPECT_NE(item.text, "Vellum");
-
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(PPDPopulateMenuWithChoices(items, ppd, "TLFold"), 0);
+    EXPECT_EQ(PPDPopulateMenuWithChoices(items, PPDOpenAsCurrent(fixture("for-tests-unmapped-choice.ppd")), "TLFold"),
+              0);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "Expected PPD option not found: TLFold\n");
     EXPECT_TRUE(items.empty());
 }
@@ -126,13 +72,6 @@ TEST_F(CurrentPPD, DefaultsTextsAndStoredChoices)
     EXPECT_EQ(PPDGetTicketValueForChoiceOrDefault(ppdDict, ppd, "Resolution"), 4);
     PPDSetCurrentChoice(ppdDict, "Resolution", "2400x2400dpi"); // offered, but has no row
     EXPECT_EQ(PPDGetTicketValueForChoiceOrDefault(ppdDict, ppd, "Resolution"), -1);
-
-    float minW, minH, maxW, maxH;
-    ASSERT_TRUE(PPDGetCustomSizeLimits(ppd, &minW, &minH, &maxW, &maxH));
-    EXPECT_EQ(minW, 283);
-    EXPECT_EQ(minH, 420);
-    EXPECT_EQ(maxW, 936);
-    EXPECT_EQ(maxH, 1368);
 }
 
 TEST_F(CurrentPPD, DamagedFilesAreRefusedCleanly)
@@ -151,28 +90,18 @@ TEST_F(CurrentPPD, DeclaredLanguageEncodingChoosesTheTextEncoding)
     const struct {
         const char* declared;
         PPDTextEncoding expected;
-    } cases[] = {{"ISOLatin1", PPDTextEncoding::kLatin1}, {"ISOLatin2", PPDTextEncoding::kLatin2},
-                 {"ISOLatin5", PPDTextEncoding::kLatin5}, {"JIS83-RKSJ", PPDTextEncoding::kShiftJIS},
-                 {"UTF-8", PPDTextEncoding::kUTF8},       {"UTF8", PPDTextEncoding::kUTF8},
+    } cases[] = {{"ISOLatin2", PPDTextEncoding::kLatin2},
+                 {"JIS83-RKSJ", PPDTextEncoding::kShiftJIS},
+                 {"UTF8", PPDTextEncoding::kUTF8},
                  {"WindowsANSI", PPDTextEncoding::kRoman}};
-    std::string src;
-    {
-        FILE* f = std::fopen(shipped("talmo-office-press.ppd").c_str(), "rb");
-        ASSERT_NE(f, nullptr);
-        char buf[4096];
-        size_t n;
-        while ((n = std::fread(buf, 1, sizeof buf, f)) > 0)
-            src.append(buf, n);
-        std::fclose(f);
-    }
+    std::ostringstream read;
+    read << std::ifstream(shipped("talmo-office-press.ppd")).rdbuf();
+    const std::string src = read.str();
     const std::string path = testing::TempDir() + "encoding.ppd";
     for (const auto& c : cases) {
         std::string text = src;
         text.replace(text.find("ISOLatin1"), 9, c.declared);
-        FILE* f = std::fopen(path.c_str(), "wb");
-        ASSERT_NE(f, nullptr);
-        std::fwrite(text.data(), 1, text.size(), f);
-        std::fclose(f);
+        std::ofstream(path, std::ios::binary) << text;
         PPDHandle ppd = PPDOpenAsCurrent(path);
         ASSERT_NE(ppd, nullptr) << c.declared;
         EXPECT_EQ(PPDGetEncoding(ppd), c.expected) << c.declared;
@@ -242,7 +171,7 @@ TEST_F(CurrentPPD, PopupCarriesTicketValuesAndTheItemCount)
     popup.menu.items.push_back({"stale", 0, 99, false});
     testing::internal::CaptureStderr();
     EXPECT_EQ(PPDPopulatePopupWithChoices(popup, ppd, "MediaType"), 13);
-    testing::internal::GetCapturedStderr();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Skipped unrecognized choice in PPD: Vellum\n");
     EXPECT_EQ(popup.maximum, 13);
     ASSERT_NE(popup.menu.item(7), nullptr);
     EXPECT_EQ(popup.menu.item(7)->label, "Card Stock");

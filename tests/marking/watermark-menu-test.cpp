@@ -8,55 +8,37 @@ namespace {
 
 std::string bracketed(std::string_view key) { return "[" + std::string(key) + "]"; }
 
-TEST(WatermarkMenu, NamesFollowTheFirstRowAndOptionsCarriesItsSubmenu)
+// One line per item: label, command, reference, submenu size.
+std::string layout(const std::vector<WatermarkMenuItem>& items)
 {
-    listOfWatermarks() = {"DRAFT", "Logo.png"};
-    WatermarkMenu menu;
-    menu.items.push_back({"stale", 0, 0, false, {}});
-    PopulateWatermarkMenuFromMapAndHistory(bracketed, menu, _WatermarkMap);
-
-    struct Expected {
-        const char* label;
-        uint32_t command;
-        int32_t reference;
-        bool separator;
-    };
-    const Expected expected[] = {
-        {"[NoWatermark]", FourCC("TWmX"), 1, false}, {"DRAFT", FourCC("TWmW"), 0, false},
-        {"Logo.png", FourCC("TWmW"), 1, false},      {"-", 0, -5, true},
-        {"[Options]", FourCC("TWmO"), -6, false},    {"[New...]", FourCC("TWmN"), -7, false},
-        {"[Edit...]", FourCC("TWmE"), -8, false},    {"[Delete]", FourCC("TWmD"), -9, false},
-    };
-    ASSERT_EQ(menu.items.size(), std::size(expected));
-    for (size_t i = 0; i < std::size(expected); ++i) {
-        SCOPED_TRACE(i);
-        EXPECT_EQ(menu.items[i].label, expected[i].label);
-        EXPECT_EQ(menu.items[i].command, expected[i].command);
-        EXPECT_EQ(menu.items[i].reference, expected[i].reference);
-        EXPECT_EQ(menu.items[i].separator, expected[i].separator);
-        EXPECT_EQ(menu.items[i].submenu.empty(), expected[i].reference != -6);
-    }
-    EXPECT_EQ(menu.map, _WatermarkMap);
-
-    const auto& options = menu.items[4].submenu;
-    const std::pair<const char*, int32_t> rows[] = {
-        {"[WatermarkBackground]", 1},      {"[WatermarkBlend]", 2},           {"[WatermarkForeground]", 3}, {"-", -5},
-        {"[WatermarkPrintOnAllPages]", 4}, {"[WatermarmPrintOnPage1Only]", 5}};
-    ASSERT_EQ(options.size(), std::size(rows));
-    for (size_t i = 0; i < std::size(rows); ++i) {
-        EXPECT_EQ(options[i].label, rows[i].first);
-        EXPECT_EQ(options[i].reference, rows[i].second);
-    }
-    listOfWatermarks().clear();
+    std::string out;
+    for (const auto& i : items)
+        out += i.label + " " + std::to_string(i.command) + " " + std::to_string(i.reference) + " " +
+               std::to_string(i.submenu.size()) + (i.separator ? " sep" : "") + "\n";
+    return out;
 }
 
-TEST(WatermarkMenu, WithoutWatermarksTheMapRowsStandAlone)
+TEST(WatermarkMenu, HistoryFollowsTheFirstRowAndOptionsCarriesItsSubmenu)
 {
+    const std::string W = std::to_string(FourCC("TWmW"));
+    const std::string tail = "- 0 -5 0 sep\n[Options] " + std::to_string(FourCC("TWmO")) + " -6 6\n[New...] " +
+                             std::to_string(FourCC("TWmN")) + " -7 0\n[Edit...] " + std::to_string(FourCC("TWmE")) +
+                             " -8 0\n[Delete] " + std::to_string(FourCC("TWmD")) + " -9 0\n";
+    const std::string first = "[NoWatermark] " + std::to_string(FourCC("TWmX")) + " 1 0\n";
+    for (const auto& [history, middle] : {std::pair<std::vector<std::string>, std::string>{{}, ""},
+                                          {{"DRAFT", "Logo.png"}, "DRAFT " + W + " 0 0\nLogo.png " + W + " 1 0\n"}}) {
+        listOfWatermarks() = history;
+        WatermarkMenu menu;
+        menu.items.push_back({"stale", 0, 0, false, {}});
+        PopulateWatermarkMenuFromMapAndHistory(bracketed, menu, _WatermarkMap);
+        EXPECT_EQ(layout(menu.items), first + middle + tail);
+        EXPECT_EQ(menu.map, _WatermarkMap);
+        ASSERT_EQ(menu.items.size(), 6 + history.size());
+        EXPECT_EQ(layout(menu.items[history.size() + 2].submenu),
+                  "[WatermarkBackground] 0 1 0\n[WatermarkBlend] 0 2 0\n[WatermarkForeground] 0 3 0\n- 0 -5 0 sep\n"
+                  "[WatermarkPrintOnAllPages] 0 4 0\n[WatermarmPrintOnPage1Only] 0 5 0\n");
+    }
     listOfWatermarks().clear();
-    WatermarkMenu menu;
-    PopulateWatermarkMenuFromMapAndHistory(bracketed, menu, _WatermarkMap);
-    ASSERT_EQ(menu.items.size(), 6u);
-    EXPECT_EQ(menu.items[1].separator, true);
 }
 
 } // namespace

@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace talmo::test {
@@ -22,30 +23,28 @@ protected:
         std::string templ = std::string(tmp && *tmp ? tmp : "/tmp") + "/talmo-paperlib-XXXXXX";
         ASSERT_NE(::mkdtemp(templ.data()), nullptr);
         root_ = templ;
-        for (const char* v : kVariables) {
-            const char* old = std::getenv(v);
+        for (const auto& [variable, folder] : kVariables) {
+            const char* old = std::getenv(variable);
             saved_.emplace_back(old ? std::optional<std::string>(old) : std::nullopt);
+            ::setenv(variable, (root_ + folder).c_str(), 1);
         }
-        ::setenv("HOME", (root_ + "/home").c_str(), 1);
-        ::setenv("XDG_CONFIG_HOME", (root_ + "/config").c_str(), 1);
-        ::setenv("XDG_DATA_HOME", (root_ + "/data").c_str(), 1);
-        ::setenv("XDG_DATA_DIRS", (root_ + "/shipped").c_str(), 1);
     }
 
     void TearDown() override
     {
-        for (size_t i = 0; i < saved_.size(); ++i) {
-            if (saved_[i])
-                ::setenv(kVariables[i], saved_[i]->c_str(), 1);
-            else
-                ::unsetenv(kVariables[i]);
-        }
+        for (size_t i = 0; i < saved_.size(); ++i)
+            saved_[i] ? ::setenv(kVariables[i].first, saved_[i]->c_str(), 1) : ::unsetenv(kVariables[i].first);
         std::error_code ec;
         std::filesystem::remove_all(root_, ec);
     }
 
     std::string libraryFile() const { return root_ + "/config/talmo/" + kStockLibraryDomain; }
     std::string shippedFile() const { return root_ + "/shipped/talmo/" + kStockLibraryFallbackFile; }
+
+    static std::string dataPath(const std::string& name)
+    {
+        return std::string(TALMO_SOURCE_DIR) + "/tests/paperlib/data/" + name;
+    }
 
     static void writeRaw(const std::string& path, const std::string& bytes)
     {
@@ -67,7 +66,8 @@ protected:
     std::string root_;
 
 private:
-    static constexpr const char* kVariables[] = {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_DATA_DIRS"};
+    static constexpr std::pair<const char*, const char*> kVariables[] = {
+        {"HOME", "/home"}, {"XDG_CONFIG_HOME", "/config"}, {"XDG_DATA_HOME", "/data"}, {"XDG_DATA_DIRS", "/shipped"}};
     std::vector<std::optional<std::string>> saved_;
 };
 

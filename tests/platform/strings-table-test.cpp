@@ -21,16 +21,8 @@ using Entries = std::vector<std::pair<std::string, std::string>>;
 
 TEST(StringsTable, ReadsEntriesInFileOrderWithCommentsAndEscapes)
 {
-    const char* text = "/* header\n comment */\n"
-                       "\"PrinterDefault\" = \"Printer Default\";\n"
-                       "// a line comment \"not = an entry\";\n"
-                       "\"Quote\"=\"say \\\"hi\\\"\\\\ done\";\n"
-                       "\"Lines\" = \"a\\nb\\tc\";\n"
-                       "\"Euro\" = \"\\U20AC \\u00e9\";\n"
-                       "\"Smile\" = \"\\UD83D\\UDE00\";\n"
-                       "bare_key.1 = bare-value;\n"
-                       "\"Self\";\n"
-                       "\"Grüße\" = \"ß\";";
+    std::string text;
+    ASSERT_TRUE(ReadFileBytes(TALMO_SOURCE_DIR "/tests/platform/data/escapes.strings", text, 1 << 16));
     StringsParseResult r;
     auto d = parseStringsTable(text, &r);
     ASSERT_TRUE(d) << r.message;
@@ -44,17 +36,13 @@ TEST(StringsTable, ReadsEntriesInFileOrderWithCommentsAndEscapes)
                                    {"Grüße", "ß"}}));
 }
 
-TEST(StringsTable, ALaterDuplicateReplacesTheValueInPlace)
+TEST(StringsTable, DuplicatesReplaceInPlaceAndEmptyInputsAreEmptyTables)
 {
     auto d = parseStringsTable("\"a\" = \"1\"; \"b\" = \"2\"; \"a\" = \"3\";");
     ASSERT_TRUE(d);
     EXPECT_EQ(entries(d), (Entries{{"a", "3"}, {"b", "2"}}));
-}
-
-TEST(StringsTable, EmptyAndCommentOnlyInputsAreEmptyTables)
-{
     for (const char* text : {"", "  \n\t", "/* */", "// only\n", "\xEF\xBB\xBF"}) {
-        auto d = parseStringsTable(text);
+        d = parseStringsTable(text);
         ASSERT_TRUE(d) << text;
         EXPECT_TRUE(d->empty());
     }
@@ -113,13 +101,7 @@ TEST(StringsTable, ReadsUtf16WithEitherByteOrderMark)
     EXPECT_FALSE(parseStringsTable(std::string("\xFF\xFE\x22", 3), &r));
     EXPECT_EQ(r.status, Status::BadEncoding);
     EXPECT_EQ(r.message, "UTF-16 table of odd length");
-}
-
-TEST(StringsTable, RefusesInputBeyondTheLimit)
-{
-    StringsParseResult r;
-    std::string big(kMaxStringsBytes + 1, ' ');
-    EXPECT_FALSE(parseStringsTable(big, &r));
+    EXPECT_FALSE(parseStringsTable(std::string(kMaxStringsBytes + 1, ' '), &r));
     EXPECT_EQ(r.status, Status::TooLarge);
 }
 

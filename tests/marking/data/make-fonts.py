@@ -70,6 +70,8 @@ write("tiny-post2.ttf", tiny)
 write("tiny-post3.ttf", font(standard({"post": post(0x00030000, max_mem=0)})))
 write("../../../fuzz/corpus/ttf/tiny-loca-long.ttf", font(standard({"head": head(loc_format=1), "loca": LOCA_LONG})))
 write("tiny-no-post.ttf", font(standard({"post": None})))
+# 258 glyphs named by post 1.0: the standard Macintosh names, as HarfBuzz reads them.
+write("mac-names.ttf", font([(b"maxp", maxp(258)), (b"post", post(0x00010000))]))
 
 malformed = {
     "truncated-directory": font(standard())[:12 + 16 * 3],

@@ -1,9 +1,10 @@
-// Loopback servers for the fetch tests: a real IPP printer (ippeveprinter, with the system bus
+// Loopback servers for tests and benchmarks: a real IPP printer (ippeveprinter, with the system bus
 // and the service-discovery daemon it needs started when they are not running), and scripted
 // HTTP servers that misbehave on purpose. Every process started here is stopped by its PID.
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <string>
 #include <thread>
@@ -84,5 +85,11 @@ bool ReadHttpRequest(int fd, const std::atomic<bool>& stopping, std::string* bod
 bool WriteAll(int fd, const std::string& bytes);
 // An HTTP response with the given status line text, content type and body.
 std::string HttpResponse(const std::string& status, const std::string& body, bool withLength = true);
+
+// Scripts: answer each request with `response`; take the request and never answer (a tarpit);
+// answer one byte per `perByte`, so that no single read waits long (a drip).
+ScriptedServer::Script Answer(std::string response);
+void Tarpit(int fd, const std::atomic<bool>& stopping);
+ScriptedServer::Script Drip(std::string response, std::chrono::milliseconds perByte);
 
 } // namespace talmo::test

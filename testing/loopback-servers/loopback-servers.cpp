@@ -1,4 +1,4 @@
-#include "loopback-servers.h"
+#include "testing/loopback-servers/loopback-servers.h"
 
 #include <arpa/inet.h>
 #include <fcntl.h>
@@ -370,6 +370,43 @@ std::string HttpResponse(const std::string& status, const std::string& body, boo
     else
         r += "Connection: close\r\n";
     return r + "\r\n" + body;
+}
+
+ScriptedServer::Script Answer(std::string response)
+{
+    return [response = std::move(response)](int fd, const std::atomic<bool>& stopping) {
+        if (ReadHttpRequest(fd, stopping))
+            WriteAll(fd, response);
+    };
+}
+
+void Tarpit(int fd, const std::atomic<bool>& stopping)
+{
+    ReadHttpRequest(fd, stopping);
+    while (!stopping) {
+        pollfd p{fd, POLLIN, 0};
+        if (::poll(&p, 1, 50) > 0) {
+            char buf[4096];
+            if (::recv(fd, buf, sizeof buf, 0) <= 0)
+                return;
+        }
+    }
+}
+
+ScriptedServer::Script Drip(std::string response, std::chrono::milliseconds perByte)
+{
+    return [response = std::move(response), perByte](int fd, const std::atomic<bool>& stopping) {
+        if (!ReadHttpRequest(fd, stopping))
+            return;
+        for (char c : response) {
+            if (stopping || !WriteAll(fd, std::string(1, c)))
+                return;
+            // Short naps, so that stopping the server never waits a whole byte.
+            const auto next = std::chrono::steady_clock::now() + perByte;
+            while (!stopping && std::chrono::steady_clock::now() < next)
+                std::this_thread::sleep_for(std::min<std::chrono::milliseconds>(perByte, 100ms));
+        }
+    };
 }
 
 } // namespace talmo::test
