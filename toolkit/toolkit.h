@@ -1,0 +1,3 @@
+// The dialog toolkit: Qt 6 Widgets stand-ins for the platform's controls, events and interface
+// descriptions, and the generic dialogs every panel opens.
+#pragma once
