@@ -1,0 +1,64 @@
+#include "toolkit/events.h"
+
+#include <QAbstractButton>
+#include <QCoreApplication>
+#include <QPointer>
+#include <QWidget>
+
+namespace talmo {
+
+namespace {
+constexpr char kCommandProperty[] = "command";
+} // namespace
+
+QEvent::Type CommandEvent::eventType()
+{
+    static const auto type = QEvent::Type(QEvent::registerEventType());
+    return type;
+}
+
+QEvent::Type UserEvent::eventType()
+{
+    static const auto type = QEvent::Type(QEvent::registerEventType());
+    return type;
+}
+
+bool SendCommand(QWidget* target, uint32_t command)
+{
+    if (!target)
+        return false;
+    CommandEvent event(command);
+    event.setAccepted(false);
+    QCoreApplication::sendEvent(target, &event);
+    return event.isAccepted();
+}
+
+void PostUserEvent(QWidget* window, uint32_t eventClass, uint32_t eventKind)
+{
+    if (window)
+        QCoreApplication::postEvent(window, new UserEvent(eventClass, eventKind));
+}
+
+void ConnectCommand(QAbstractButton* button, uint32_t command)
+{
+    button->setProperty(kCommandProperty, uint(command));
+    QObject::connect(button, &QAbstractButton::clicked, button,
+                     [button, command] { SendCommand(button->window(), command); });
+}
+
+QAction* CommandAction(const QString& text, uint32_t command, QWidget* window)
+{
+    auto* action = new QAction(text, window);
+    action->setProperty(kCommandProperty, uint(command));
+    QPointer<QWidget> target(window);
+    QObject::connect(action, &QAction::triggered, action, [target, command] { SendCommand(target, command); });
+    return action;
+}
+
+uint32_t GetCommand(const QObject* object)
+{
+    const QVariant v = object ? object->property(kCommandProperty) : QVariant();
+    return v.isValid() ? v.toUInt() : 0;
+}
+
+} // namespace talmo
