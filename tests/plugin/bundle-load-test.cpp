@@ -247,6 +247,10 @@ TEST_F(LoadedBundle, CarriesItsDescriptionAndResources)
         std::string rel = fs::relative(e.path(), src).string();
         if (rel == "Info.plist.in" || rel.rfind("en.lproj/Localizable.", 0) == 0)
             continue;
+        if (rel.rfind("pictures/", 0) == 0) { // drawings are rendered under their own name
+            EXPECT_TRUE(b.resourcePath(fs::path(rel).stem().string())) << rel;
+            continue;
+        }
         auto path = b.resourcePath(rel);
         ASSERT_TRUE(path) << rel;
         EXPECT_EQ(fs::file_size(*path), e.file_size()) << rel;
