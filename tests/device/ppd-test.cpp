@@ -94,7 +94,7 @@ TEST_F(CurrentPPD, OpensWhatThePrintSystemReads)
     }
 }
 
-TEST_F(CurrentPPD, RefusesWhatIsNotAPPD)
+TEST_F(CurrentPPD, RefusesWhatIsNotAPPDAndLoadsTheNextOne)
 {
     const struct {
         const char* name;
@@ -107,6 +107,13 @@ TEST_F(CurrentPPD, RefusesWhatIsNotAPPD)
         int line = -1;
         EXPECT_EQ(PPDLastErrorText(&line), c.why) << c.name;
         EXPECT_EQ(line, c.line) << c.name;
+        // The failed load leaves nothing behind that would refuse the printer's real PPD.
+        EXPECT_FALSE(LoadInstallableOptions(nullptr, kTalmoInstalledFeatureMap)) << c.name;
+        EXPECT_FALSE(getInstallableOptionValue("Option1", nullptr)) << c.name;
+        EXPECT_TRUE(
+            LoadInstallableOptions(PPDOpenAsCurrent(shipped("talmo-office-press.ppd")), kTalmoInstalledFeatureMap))
+            << c.name;
+        UnloadInstallableOptions();
     }
 }
 
