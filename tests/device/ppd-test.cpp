@@ -164,9 +164,7 @@ TEST_F(CurrentPPD, ChoicesLiveInThePageFormatTicketAndMimicReadsThePrinterInfo)
     EXPECT_TRUE(PPDManufacturerIsTalmo(ppd));
     EXPECT_EQ(PPDGetTicketValueForChoiceOrDefault(PMTicketGetPPDDict(&pageFormat), ppd, "OutputBin"), 5);
     ASSERT_TRUE(LoadInstallableOptions(ppd, kTalmoInstalledFeatureMap));
-    EXPECT_EQ(CopyDeviceMimicFilename(), nullptr); // no make and model in the printer info yet
-    session.printerInfo().set("com.apple.print.PrinterInfo.PMMakeAndModelName", pl::makeString("Talmo Studio Press"),
-                              "com.talmo.printingmanager");
+    // Setting the printer wrote its make and model into the printer info ticket.
     EXPECT_STREQ(CopyDeviceMimicFilename(), "Mimic_FF_FENN-PN_Professional.gif");
     SetCurrentPrintSession(nullptr);
     EXPECT_EQ(CopyDeviceMimicFilename(), nullptr);

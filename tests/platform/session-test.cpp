@@ -115,6 +115,20 @@ TEST(PrintSession, RemovesAnOwnedPpdWhenThePrinterChangesOnly)
     fs::remove(kept);
 }
 
+TEST(PrintSession, WritesThePrintersMakeAndModelLocked)
+{
+    PrintSession s;
+    Ticket& info = s.printerInfo();
+    const char* key = "com.apple.print.PrinterInfo.PMMakeAndModelName";
+    EXPECT_TRUE(pl::equal(info.get(key), pl::makeString("Talmo Studio Press"))) << "the demo printer's";
+    EXPECT_EQ(info.set(key, pl::makeString("Other Press"), "T"), kPMTicketItemLocked);
+    s.setPrinter(Printer{"b", "", "Talmo Office Press", "", false});
+    EXPECT_TRUE(pl::equal(info.get(key), pl::makeString("Talmo Office Press")));
+    EXPECT_TRUE(info.isLocked(key));
+    s.setPrinter(Printer{});
+    EXPECT_FALSE(info.contains(key));
+}
+
 TEST(PrintSession, TheCurrentSessionIsClearedWhenItEnds)
 {
     SetCurrentPrintSession(nullptr);
