@@ -31,6 +31,11 @@ int choices(const std::vector<std::string>& args)
     int status = 0;
     if (!openPPD(args[1], ppd, status))
         return status;
+    // An option the PPD does not have is an error here, not the dialog's empty menu.
+    if (!PPDCopyDefaultChoice(ppd, args[2])) {
+        PPDCloseCurrent();
+        return cli::fail(args[1] + ": no option " + args[2]);
+    }
     std::vector<PPDMenuItem> items;
     PPDPopulateMenuWithChoices(items, ppd, args[2]);
     for (const auto& item : items)
@@ -62,10 +67,14 @@ int mimic(const std::vector<std::string>& args)
     if (!openPPD(args[1], ppd, status))
         return status;
     // A CUPS queue reports the PPD's NickName as its make and model.
-    const char* file = DeviceMimicFilenameForModel(PPDGetNickName(ppd).value_or(""));
-    if (file)
-        std::printf("%s\n", file);
+    const std::string model = PPDGetNickName(ppd).value_or("");
+    const char* file = DeviceMimicFilenameForModel(model);
+    std::string option1 = "none";
+    getInstallableOptionValue("Option1", &option1);
     PPDCloseCurrent();
+    if (!file)
+        return cli::fail(args[1] + ": no device picture for \"" + model + "\" with Option1=" + option1);
+    std::printf("%s\n", file);
     return 0;
 }
 

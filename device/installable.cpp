@@ -59,7 +59,9 @@ bool rowHolds(const InstalledFeatureMap& row)
 
 bool LoadInstallableOptions(PPDHandle ppd, const InstalledFeatureMap* map)
 {
-    if (installableOptionsDict || featureMap)
+    // Without a PPD or a map nothing is loaded, so nothing may stay behind to refuse the
+    // load that follows once the printer's PPD opens.
+    if (!ppd || !map || installableOptionsDict || featureMap)
         return false;
     featureMap = map;
     installableOptionsDict.emplace();

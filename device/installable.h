@@ -28,7 +28,7 @@ struct InstalledFeatureMap {
 extern const InstalledFeatureMap kTalmoInstalledFeatureMap[];
 
 // Only once: false when a table or a feature map is already loaded (the first stays).
-// True when at least one option was stored.
+// True when at least one option was stored. Without a PPD or a map: false, nothing loaded.
 bool LoadInstallableOptions(PPDHandle ppd, const InstalledFeatureMap* featureMap);
 void UnloadInstallableOptions();
 bool getInstallableOptionValue(std::string_view option, std::string* choice);

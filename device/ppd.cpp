@@ -251,9 +251,10 @@ const char* icuConverterName(PPDTextEncoding e)
 PPDHandle PPDOpenAsCurrent(const std::string& path)
 {
     PPDCloseCurrent();
-    // Strict conformance refuses a file cut off inside an option (a truncated download or a
-    // damaged copy) instead of offering the half that was read.
-    ppdSetConformance(PPD_CONFORM_STRICT);
+    // Relaxed, as the print system and every other dialog read PPDs: strict conformance
+    // refuses shipped files for a raw escape in a JCL string, a form feed in a comment or a
+    // group never closed. A file without the PPD header is still refused.
+    ppdSetConformance(PPD_CONFORM_RELAXED);
     ppd = ppdOpenFile(path.c_str());
     if (ppd)
         ppdLocalize(ppd); // stands in for the vendor localization step

@@ -31,20 +31,25 @@ OSStatus Ticket::set(std::string_view key, const pl::ValuePtr& value, std::strin
 {
     if (key.empty() || creator.empty())
         return paramErr;
-    auto it = std::find_if(items_.begin(), items_.end(), [&](const auto& e) { return e.first == key; });
-    if (it != items_.end() && it->second.locked)
+    if (isLocked(key))
         return kPMTicketItemLocked;
+    replace(key, value, creator, locked);
+    return noErr;
+}
+
+void Ticket::replace(std::string_view key, const pl::ValuePtr& value, std::string_view creator, bool locked)
+{
+    auto it = std::find_if(items_.begin(), items_.end(), [&](const auto& e) { return e.first == key; });
     if (!value) {
         if (it != items_.end())
             items_.erase(it);
-        return noErr;
+        return;
     }
     Item item{pl::deepCopy(value), std::string(creator), locked};
     if (it != items_.end())
         it->second = std::move(item);
     else
         items_.emplace_back(std::string(key), std::move(item));
-    return noErr;
 }
 
 OSStatus Ticket::remove(std::string_view key)
@@ -155,13 +160,14 @@ int32_t nextTicketHandle()
 
 } // namespace
 
-PrintSession::PrintSession() : dict_(pl::makeDict()), printer_(DemoPrinter())
+PrintSession::PrintSession() : dict_(pl::makeDict())
 {
     for (const char* name : {kPMPrintSettingsTicket, kPMPageFormatTicket, kPMPrinterInfoTicket}) {
         int32_t h = nextTicketHandle();
         tickets_.emplace_back(h, std::make_unique<Ticket>());
         dict_->setInt(name, h);
     }
+    setPrinter(DemoPrinter());
 }
 
 PrintSession::~PrintSession()
@@ -191,6 +197,10 @@ void PrintSession::setPrinter(Printer printer, bool ownsPpd)
         std::remove(printer_.ppdPath.c_str());
     printer_ = std::move(printer);
     ownsPpd_ = ownsPpd;
+    // The print system's item: the device picture is chosen by it, and no panel may change it.
+    printerInfo().replace("com.apple.print.PrinterInfo.PMMakeAndModelName",
+                          printer_.makeAndModel.empty() ? nullptr : pl::makeString(printer_.makeAndModel),
+                          "com.apple.print", true);
 }
 
 namespace {

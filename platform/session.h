@@ -58,7 +58,9 @@ public:
     OSStatus loadDictionary(const pl::DictPtr& dict, std::string_view creator);
 
 private:
+    friend class PrintSession; // writes the print system's own items, locked ones included
     const Item* find(std::string_view key) const;
+    void replace(std::string_view key, const pl::ValuePtr& value, std::string_view creator, bool locked);
     std::vector<std::pair<std::string, Item>> items_;
 };
 
@@ -86,7 +88,7 @@ std::optional<Printer> CupsPrinter(const std::string& name, int timeoutMs = 3000
 
 class PrintSession {
 public:
-    // A session with three empty tickets and the demo printer.
+    // A session with empty print settings and page format tickets and the demo printer.
     PrintSession();
     ~PrintSession();
     PrintSession(const PrintSession&) = delete;
@@ -104,8 +106,10 @@ public:
     Ticket& printerInfo() { return *tickets_[2].second; }
 
     const Printer& printer() const { return printer_; }
-    // Replaces the printer. A PPD given with ownsPpd is removed when the printer is replaced
-    // or the session ends (CupsPrinter's temporary files).
+    // Replaces the printer and writes its make and model, locked, into the printer info
+    // ticket ("com.apple.print.PrinterInfo.PMMakeAndModelName"; removed when it has none). A
+    // PPD given with ownsPpd is removed when the printer is replaced or the session ends
+    // (CupsPrinter's temporary files).
     void setPrinter(Printer printer, bool ownsPpd = false);
 
 private:

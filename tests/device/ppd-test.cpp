@@ -74,12 +74,45 @@ TEST_F(CurrentPPD, DefaultsTextsAndStoredChoices)
     EXPECT_EQ(PPDGetTicketValueForChoiceOrDefault(ppdDict, ppd, "Resolution"), -1);
 }
 
-TEST_F(CurrentPPD, DamagedFilesAreRefusedCleanly)
+TEST_F(CurrentPPD, OpensWhatThePrintSystemReads)
 {
-    for (const char* name : {"malformed-truncated.ppd", "malformed-not-a-ppd.ppd", "does-not-exist.ppd"}) {
-        EXPECT_EQ(PPDOpenAsCurrent(fixture(name)), nullptr) << name;
-        EXPECT_FALSE(LoadInstallableOptions(nullptr, kTalmoInstalledFeatureMap)) << name;
-        EXPECT_FALSE(getInstallableOptionValue("Option1", nullptr)) << name;
+    const std::pair<const char*, const char*> cases[] = {
+        {"for-tests-raw-escape-in-jcl.ppd", "HCS"},
+        {"for-tests-form-feed-in-comment.ppd", "HCS"},
+        {"for-tests-group-never-closed.ppd", "HCS"},
+        {"for-tests-truncated-in-a-string.ppd", "ProfFinisher"}, // the options read before the cut
+    };
+    for (const auto& [name, finisher] : cases) {
+        PPDHandle ppd = PPDOpenAsCurrent(fixture(name));
+        ASSERT_NE(ppd, nullptr) << name << ": " << PPDLastErrorText(nullptr);
+        EXPECT_TRUE(PPDManufacturerIsTalmo(ppd)) << name;
+        LoadInstallableOptions(ppd, kTalmoInstalledFeatureMap);
+        std::string option1 = "none";
+        getInstallableOptionValue("Option1", &option1);
+        EXPECT_EQ(option1, finisher) << name;
+        UnloadInstallableOptions();
+    }
+}
+
+TEST_F(CurrentPPD, RefusesWhatIsNotAPPDAndLoadsTheNextOne)
+{
+    const struct {
+        const char* name;
+        const char* why;
+        int line;
+    } cases[] = {{"malformed-not-a-ppd.ppd", "Missing asterisk in column 1", 1},
+                 {"does-not-exist.ppd", "Unable to open PPD file", 0}};
+    for (const auto& c : cases) {
+        EXPECT_EQ(PPDOpenAsCurrent(fixture(c.name)), nullptr) << c.name;
+        int line = -1;
+        EXPECT_EQ(PPDLastErrorText(&line), c.why) << c.name;
+        EXPECT_EQ(line, c.line) << c.name;
+        // The failed load leaves nothing behind that would refuse the printer's real PPD.
+        EXPECT_FALSE(LoadInstallableOptions(nullptr, kTalmoInstalledFeatureMap)) << c.name;
+        EXPECT_FALSE(getInstallableOptionValue("Option1", nullptr)) << c.name;
+        EXPECT_TRUE(
+            LoadInstallableOptions(PPDOpenAsCurrent(shipped("talmo-office-press.ppd")), kTalmoInstalledFeatureMap))
+            << c.name;
         UnloadInstallableOptions();
     }
 }
@@ -131,9 +164,7 @@ TEST_F(CurrentPPD, ChoicesLiveInThePageFormatTicketAndMimicReadsThePrinterInfo)
     EXPECT_TRUE(PPDManufacturerIsTalmo(ppd));
     EXPECT_EQ(PPDGetTicketValueForChoiceOrDefault(PMTicketGetPPDDict(&pageFormat), ppd, "OutputBin"), 5);
     ASSERT_TRUE(LoadInstallableOptions(ppd, kTalmoInstalledFeatureMap));
-    EXPECT_EQ(CopyDeviceMimicFilename(), nullptr); // no make and model in the printer info yet
-    session.printerInfo().set("com.apple.print.PrinterInfo.PMMakeAndModelName", pl::makeString("Talmo Studio Press"),
-                              "com.talmo.printingmanager");
+    // Setting the printer wrote its make and model into the printer info ticket.
     EXPECT_STREQ(CopyDeviceMimicFilename(), "Mimic_FF_FENN-PN_Professional.gif");
     SetCurrentPrintSession(nullptr);
     EXPECT_EQ(CopyDeviceMimicFilename(), nullptr);

@@ -2,47 +2,35 @@
 
 #include <gtest/gtest.h>
 
+#include "data-cases.h"
+
 #include <cstdlib>
 
 using namespace talmo;
 
-TEST(SystemConfiguration, PrettyHostnameIsTheLastNonEmptyAssignment)
+TEST(SystemConfiguration, PrettyHostnameAndDefaultRouteFromTheSystemFiles)
 {
-    struct Case {
-        const char* text;
-        std::optional<std::string> expected;
-    };
-    const Case cases[] = {
-        {"PRETTY_HOSTNAME=\"Print Room Mac\"\nCHASSIS=desktop\n", "Print Room Mac"},
-        {"CHASSIS=desktop\nPRETTY_HOSTNAME=Plain\n", "Plain"},
-        {"PRETTY_HOSTNAME='Single \"q\"'\n", "Single \"q\""},
-        {"PRETTY_HOSTNAME=\"Esc \\\"x\\\"\"", "Esc \"x\""},
-        {"PRETTY_HOSTNAME=\"\"\n", std::nullopt},
-        {"# PRETTY_HOSTNAME=commented\n", std::nullopt},
-        {"", std::nullopt},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(internal::prettyHostnameFrom(c.text), c.expected) << c.text;
+    // An empty expectation: no name, or no default route (the first up route to 0.0.0.0).
+    auto orNone = [](const std::string& s) { return s.empty() ? std::nullopt : std::optional<std::string>(s); };
+    const auto names = test::ReadDataCases("machine-info.txt"), routes = test::ReadDataCases("proc-net-route.txt");
+    ASSERT_EQ(names.size() + routes.size(), 11u);
+    for (const auto& c : names)
+        EXPECT_EQ(internal::prettyHostnameFrom(c.input), orNone(c.expect)) << c.input;
+    for (const auto& c : routes)
+        EXPECT_EQ(internal::defaultRouteInterfaceFrom(c.input), orNone(c.expect)) << c.input;
 }
 
-TEST(SystemConfiguration, DefaultRouteInterfaceIsTheFirstUpZeroRoute)
+TEST(SystemVersion, ParsesTwoOrThreeNumbersAndAValidOverrideSelectsOlderPaths)
 {
-    const char* header = "Iface\tDestination\tGateway \tFlags\tRefCnt\tUse\tMetric\tMask\t\tMTU\tWindow\tIRTT\n";
-    std::string table = std::string(header) +
-                        "eth1\t0000A8C0\t00000000\t0001\t0\t0\t0\t00FFFFFF\t0\t0\t0\n"
-                        "wlan0\t00000000\t0101A8C0\t0002\t0\t0\t600\t00000000\t0\t0\t0\n" // not up
-                        "eth0\t00000000\t0100A8C0\t0003\t0\t0\t100\t00000000\t0\t0\t0\n"
-                        "eth2\t00000000\t0102A8C0\t0003\t0\t0\t200\t00000000\t0\t0\t0\n";
-    EXPECT_EQ(internal::defaultRouteInterfaceFrom(table), "eth0");
-    EXPECT_EQ(internal::defaultRouteInterfaceFrom(std::string(header) +
-                                                  "eth1\t0000A8C0\t00000000\t0001\t0\t0\t0\t00FFFFFF\t0\t0\t0\n"),
-              std::nullopt);
-    EXPECT_EQ(internal::defaultRouteInterfaceFrom(""), std::nullopt);
-    EXPECT_EQ(internal::defaultRouteInterfaceFrom("garbage\nonly two\n"), std::nullopt);
-}
-
-TEST(SystemVersion, AValidOverrideSelectsOlderPaths)
-{
+    const std::pair<const char*, const char*> cases[] = {
+        {"10.5", "10.5.0"}, {"10.4.11", "10.4.11"}, {"11.0.1", "11.0.1"}, {"10", ""}, {"10.", ""},
+        {"10.4.11.1", ""},  {"10.-4", ""},          {"10..4", ""},        {"", ""},   {"99999999999.1", ""}};
+    for (const auto& [text, parsed] : cases) {
+        auto v = internal::parseSystemVersion(text);
+        EXPECT_EQ(v ? std::to_string(v->major) + "." + std::to_string(v->minor) + "." + std::to_string(v->bugfix) : "",
+                  parsed)
+            << text;
+    }
     setenv("TALMO_SYSTEM_VERSION", "10.4.11", 1);
     EXPECT_EQ(GetSystemVersion().minor, 4);
     setenv("TALMO_SYSTEM_VERSION", "ten", 1);
@@ -52,24 +40,19 @@ TEST(SystemVersion, AValidOverrideSelectsOlderPaths)
     EXPECT_GT(newest.minor, 5);
 }
 
-TEST(SystemVersion, ParsesTwoOrThreeNumbers)
+TEST(Uuid, ParsesEitherCaseOnlyInTheCanonicalFormAndWritesUpperCase)
 {
-    struct Case {
-        const char* text;
-        bool ok;
-        int major, minor, bugfix;
-    };
-    const Case cases[] = {{"10.5", true, 10, 5, 0},         {"10.4.11", true, 10, 4, 11}, {"11.0.1", true, 11, 0, 1},
-                          {"10", false, 0, 0, 0},           {"10.", false, 0, 0, 0},      {"10.4.11.1", false, 0, 0, 0},
-                          {"10.-4", false, 0, 0, 0},        {"10..4", false, 0, 0, 0},    {"", false, 0, 0, 0},
-                          {"99999999999.1", false, 0, 0, 0}};
-    for (const auto& c : cases) {
-        auto v = internal::parseSystemVersion(c.text);
-        ASSERT_EQ(bool(v), c.ok) << c.text;
-        if (v) {
-            EXPECT_EQ(v->major, c.major);
-            EXPECT_EQ(v->minor, c.minor);
-            EXPECT_EQ(v->bugfix, c.bugfix);
-        }
-    }
+    auto upper = talmo::Uuid::fromString("7680F90E-ADCD-11D9-85C8-000A95BDF8C8");
+    auto lower = talmo::Uuid::fromString("7680f90e-adcd-11d9-85c8-000a95bdf8c8");
+    ASSERT_TRUE(upper && lower);
+    EXPECT_EQ(*upper, *lower);
+    EXPECT_EQ(lower->toString(), "7680F90E-ADCD-11D9-85C8-000A95BDF8C8");
+    EXPECT_EQ(upper->bytes()[0], 0x76);
+    EXPECT_EQ(upper->bytes()[15], 0xC8);
+    EXPECT_EQ(talmo::Uuid::fromBytes(upper->bytes()), upper);
+    EXPECT_FALSE(talmo::Uuid::fromBytes(std::span<const uint8_t>(upper->bytes().data(), 15)));
+    for (const char* bad : {"", "7680F90E-ADCD-11D9-85C8-000A95BDF8C", "7680F90E-ADCD-11D9-85C8-000A95BDF8C8 ",
+                            "7680F90EADCD-11D9-85C8-000A95BDF8C8-", "7680F90E-ADCD-11D9-85C8+000A95BDF8C8",
+                            "G680F90E-ADCD-11D9-85C8-000A95BDF8C8", "{7680F90E-ADCD-11D9-85C8-000A95BDF8C}"})
+        EXPECT_FALSE(talmo::Uuid::fromString(bad)) << bad;
 }
