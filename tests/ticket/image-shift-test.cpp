@@ -159,26 +159,16 @@ TEST(ImageShiftUnits, SwitchConvertsClampsAndReappliesTheRule)
 {
     _IS_Options o = inchRecord(kImageShiftTandemBoth, 100, -1299, 0, 0);
     ImageShiftSwitchUnits(o, false);
-    EXPECT_EQ(o.inches, 0);
+    // Tandem: side 2 follows; the same unit again changes nothing.
+    EXPECT_EQ(std::make_tuple(o.inches, o.x1, o.y1, o.x2, o.y2), std::make_tuple(0, 254, -3299, 254, -3299));
+    ImageShiftSwitchUnits(o, false);
     EXPECT_EQ(o.x1, 254);
-    EXPECT_EQ(o.y1, -3299);
-    EXPECT_EQ(o.x2, 254); // tandem: side 2 follows
-    EXPECT_EQ(o.y2, -3299);
-
-    ImageShiftSwitchUnits(o, false); // same unit: nothing changes
-    EXPECT_EQ(o.x1, 254);
-
+    o.option = kImageShiftIndependent;
     o.x1 = 4880;
     o.y1 = 3300;
+    o.x2 = 20000; // beyond any range: held inside the new one
     ImageShiftSwitchUnits(o, true);
-    EXPECT_EQ(o.x1, 1921);
-    EXPECT_EQ(o.y1, 1299); // 1299.2 rounds inside the range
-
-    _IS_Options wild = inchRecord(kImageShiftIndependent, 0, 0, 0, 0);
-    wild.inches = 0;
-    wild.x2 = 20000;
-    ImageShiftSwitchUnits(wild, true);
-    EXPECT_EQ(wild.x2, 1921); // held inside the new range
+    EXPECT_EQ(std::make_tuple(o.x1, o.y1, o.x2), std::make_tuple(1921, 1299, 1921));
 }
 
 class ImageShiftSummaryTest : public testing::Test {

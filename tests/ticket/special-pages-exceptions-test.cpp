@@ -138,17 +138,6 @@ TEST(ExceptionPageList, RefusesBadEntriesWithoutChangingAnything)
     EXPECT_EQ(spans(list), (std::vector<Span>{{1, 10, A}}));
 }
 
-TEST(ExceptionPageList, WalksLiterallyWhenPagesWereEditedInPlace)
-{
-    // 1-3 edited to 1-6 overlaps 5-7. The walk from the front splits the edited entry, puts
-    // the new range between its halves and leaves the overlapped entry alone.
-    ExceptionPageList list;
-    addSpans(list, {{1, 3, A}, {5, 7, B}});
-    list.pageAtIndex(0)->setEndPage(6);
-    addSpans(list, {{4, 4, N}});
-    EXPECT_EQ(spans(list), (std::vector<Span>{{1, 3, A}, {4, 4, N}, {5, 6, A}, {5, 7, B}}));
-}
-
 // Reference model: every page belongs to the range added last that covers it.
 TEST(ExceptionPageList, RandomAddsAgreeWithPageByPageOwnership)
 {

@@ -152,18 +152,6 @@ TEST(ExceptionsDialog, PageZeroRefusesTheWholeList)
     EXPECT_FALSE(CanUndo(state));
 }
 
-TEST(ExceptionsDialog, DefaultsReadAsUseJobSetting)
-{
-    const ExceptionsDialogInput input = ExceptionsDialogDefaults();
-    EXPECT_TRUE(input.pageText.empty());
-    EXPECT_EQ(input.working.plex(), kNotSet);
-    EXPECT_EQ(input.working.halftoneScreen(), kNotSet);
-    EXPECT_EQ(input.working.antialiasing(), kNotSet);
-    EXPECT_EQ(input.working.outputColor(), kNotSet);
-    EXPECT_EQ(input.working.imageShift()->option, kNotSet);
-    EXPECT_EQ(ImageShiftCreateTicketFromOptions(input.working.imageShift()), nullptr);
-}
-
 TEST(ExceptionsDialog, EditReplacesTheEditedRange)
 {
     SpecialPagesState state;

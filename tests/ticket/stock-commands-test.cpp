@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <string>
+#include <tuple>
 
 using namespace talmo;
 
@@ -58,13 +59,6 @@ TEST(StockCommands, SimpleChoicesSetTheirFieldAndDetachTheNamedPaper)
     }
 }
 
-TEST(StockCommands, TransparencyFromTheMenuForcesClear)
-{
-    Stock s = namedPaper();
-    ApplyStockCommand(s, kStockCommandType, kStockTypeTransparency, kJobContextJob);
-    EXPECT_EQ(s.color(), kStockColorClear);
-}
-
 TEST(StockCommands, CustomSizeComesFromItsDialog)
 {
     StockCommandDialogs dialogs;
@@ -116,99 +110,44 @@ TEST(StockCommands, TypeDialogsFillTypeNameAndCount)
     d.orderedStock = [](const Stock&) { return std::optional<OrderedStockChoice>({"Set B", 4}); };
     d.customType = [](const Stock&) { return std::optional<std::string>("Card"); };
     d.precutTab = [](const Stock&) { return std::optional<int32_t>(5); };
-
-    Stock ordered = namedPaper();
-    EXPECT_EQ(ApplyStockCommand(ordered, kStockCommandType, 6, kJobContextInserts, d), StockCommandResult::Applied);
-    EXPECT_EQ(ordered.type(), 6);
-    EXPECT_EQ(ordered.customType(), "Set B");
-    EXPECT_EQ(ordered.modulus(), 4);
-
-    Stock custom = namedPaper();
-    ApplyStockCommand(custom, kStockCommandType, 7, kJobContextInserts, d);
-    EXPECT_EQ(custom.type(), 7);
-    EXPECT_EQ(custom.customType(), "Card");
-
-    Stock tabs = namedPaper();
-    ApplyStockCommand(tabs, kStockCommandType, 4, kJobContextInserts, d);
-    EXPECT_EQ(tabs.type(), 4);
-    EXPECT_EQ(tabs.modulus(), 5);
-
-    for (int32_t value : {4, 6, 7}) {
+    const struct {
+        int32_t value;
+        std::optional<std::string> name;
+        int32_t modulus;
+    } cases[] = {{6, "Set B", 4}, {7, "Card", kNotSet}, {4, "", 5}};
+    for (const auto& c : cases) {
+        Stock s = namedPaper();
+        EXPECT_EQ(ApplyStockCommand(s, kStockCommandType, c.value, kJobContextInserts, d), StockCommandResult::Applied);
+        EXPECT_EQ(std::make_tuple(s.type(), s.customType(), s.modulus()), std::make_tuple(c.value, c.name, c.modulus));
         Stock cancelled = namedPaper();
-        EXPECT_EQ(ApplyStockCommand(cancelled, kStockCommandType, value, kJobContextInserts),
+        EXPECT_EQ(ApplyStockCommand(cancelled, kStockCommandType, c.value, kJobContextInserts),
                   StockCommandResult::Cancelled);
-        EXPECT_EQ(cancelled.type(), 1) << value;
-        EXPECT_TRUE(detached(cancelled)) << value;
+        EXPECT_EQ(cancelled.type(), 1) << c.value;
+        EXPECT_TRUE(detached(cancelled)) << c.value;
     }
-}
-
-TEST(StockCommands, CustomWeightRowOpensTheWeightDialog)
-{
-    StockCommandDialogs d;
-    d.customWeight = [](const Stock&) { return std::optional<int32_t>(163); };
-    Stock s = namedPaper();
-    EXPECT_EQ(ApplyStockCommand(s, kStockCommandWeight, kStockWeightCustomRow, 0, d), StockCommandResult::Applied);
-    EXPECT_EQ(s.weight(), 163);
-    EXPECT_FALSE(detached(s));
-    EXPECT_EQ(ApplyStockCommand(s, kStockCommandWeight, kStockWeightCustomRow, 0), StockCommandResult::Cancelled);
-    EXPECT_EQ(s.weight(), 163);
-}
-
-TEST(StockCommands, DescriptionIsEmptiedAndDetachesOnlyOnOk)
-{
-    StockCommandDialogs d;
-    d.description = [](const Stock&) { return std::optional<std::string>("Heavy"); };
-    Stock s = namedPaper();
-    s.setDescription("Old");
-    ApplyStockCommand(s, kStockCommandDescription, 0, 0, d);
-    EXPECT_EQ(s.description(), "Heavy");
-    EXPECT_TRUE(detached(s));
-
-    Stock c = namedPaper();
-    c.setDescription("Old");
-    EXPECT_EQ(ApplyStockCommand(c, kStockCommandDescription, 0, 0), StockCommandResult::Cancelled);
-    EXPECT_EQ(c.description(), "");
-    EXPECT_FALSE(detached(c));
 }
 
 TEST(StockCommands, AdvancedAndLibraryReplaceTheStockOnlyOnOk)
 {
-    StockCommandDialogs cancelling;
-    cancelling.advanced = [](Stock& s) {
-        s.setGrain(2);
-        return false;
-    };
-    cancelling.library = [](Stock& s) {
-        s.setCustomName("Other");
-        return false;
-    };
-    Stock s = namedPaper();
-    EXPECT_EQ(ApplyStockCommand(s, kStockCommandAdvanced, 0, 0, cancelling), StockCommandResult::Cancelled);
-    EXPECT_EQ(ApplyStockCommand(s, kStockCommandLibrary, 0, 0, cancelling), StockCommandResult::Cancelled);
-    EXPECT_TRUE(s == namedPaper());
-
-    StockCommandDialogs accepting;
-    accepting.advanced = [](Stock& s) {
-        s.setGrain(2);
-        s.setFinish(1);
-        return true;
-    };
-    accepting.library = [](Stock& s) {
-        s = Stock();
-        s.setCustomName("Library Red");
-        s.setCustomNameOnly(true);
-        s.setColor(9);
-        return true;
-    };
-    ApplyStockCommand(s, kStockCommandAdvanced, 0, 0, accepting);
-    EXPECT_EQ(s.grain(), 2);
-    EXPECT_EQ(s.finish(), 1);
-    EXPECT_TRUE(detached(s));
-    ApplyStockCommand(s, kStockCommandLibrary, 0, 0, accepting);
-    EXPECT_EQ(s.customName(), "Library Red");
-    EXPECT_TRUE(s.customNameOnly());
-    EXPECT_EQ(s.color(), 9);
-    EXPECT_EQ(s.grain(), kNotSet);
+    for (const bool ok : {false, true}) {
+        StockCommandDialogs d;
+        d.advanced = [ok](Stock& s) {
+            s.setGrain(2);
+            return ok;
+        };
+        d.library = [ok](Stock& s) {
+            s = Stock();
+            s.setCustomName("Library Red");
+            return ok;
+        };
+        const auto expected = ok ? StockCommandResult::Applied : StockCommandResult::Cancelled;
+        Stock s = namedPaper();
+        EXPECT_EQ(ApplyStockCommand(s, kStockCommandAdvanced, 0, 0, d), expected);
+        EXPECT_EQ(s.grain(), ok ? 2 : kNotSet);
+        EXPECT_EQ(detached(s), ok); // the advanced dialog detaches the named paper
+        EXPECT_EQ(ApplyStockCommand(s, kStockCommandLibrary, 0, 0, d), expected);
+        EXPECT_EQ(s.customName(), ok ? "Library Red" : "Library Blue"); // the library names it
+    }
 }
 
 TEST(StockCommands, DefaultFollowsTheCallersContext)

@@ -8,26 +8,10 @@
 
 using namespace talmo;
 
-namespace {
-
-// Shows which key every text came from: "[Key]".
-StockTextSource bracketTexts()
-{
-    StockTextSource t;
-    t.localized = [](std::string_view key) { return "[" + std::string(key) + "]"; };
-    return t;
-}
-
-std::string summary(const Stock& s, JobContext context, const StockTextSource& texts = bracketTexts())
-{
-    return GenerateStockSummary(texts, context, s, "|");
-}
-
-} // namespace
-
 TEST(StockSummary, ShowJoinsLinesWithNewlines)
 {
-    const auto texts = bracketTexts();
+    StockTextSource texts;
+    texts.localized = [](std::string_view key) { return "[" + std::string(key) + "]"; };
     std::string view;
     Stock s;
     ASSERT_EQ(ShowStockSummary(&texts, &view, &s, kJobContextJob), noErr);
@@ -38,48 +22,6 @@ TEST(StockSummary, ShowJoinsLinesWithNewlines)
     s.setSource(3);
     ASSERT_EQ(ShowStockSummary(&texts, &view, &s, kJobContextJob), noErr);
     EXPECT_EQ(view, "[PrinterDefault]");
-}
-
-TEST(StockSummary, ShowNeedsTextsAndAView)
-{
-    const auto texts = bracketTexts();
-    std::string view = "kept";
-    Stock s;
-    EXPECT_EQ(ShowStockSummary(nullptr, &view, &s, 0), paramErr);
-    EXPECT_EQ(view, "kept");
-    EXPECT_EQ(ShowStockSummary(&texts, nullptr, &s, 0), paramErr);
-    EXPECT_EQ(ShowStockSummary(&texts, &view, nullptr, 0), noErr);
-    EXPECT_EQ(view, "");
-}
-
-TEST(StockSummary, TabStocksShowThePrinterTextWithTheirCount)
-{
-    auto texts = bracketTexts();
-    texts.mediaTypeText = [](int32_t type) -> std::optional<std::string> {
-        if (type == 24)
-            return "Tab Stock";
-        return std::nullopt;
-    };
-    Stock s;
-    s.setType(24);
-    s.setModulus(5);
-    EXPECT_EQ(summary(s, kJobContextCovers, texts), "[StockType]:Tab Stock (5)");
-    // No text from the printer: no type line at all.
-    s.setType(33);
-    EXPECT_EQ(summary(s, kJobContextCovers, texts), "");
-    EXPECT_EQ(summary(s, kJobContextCovers), "");
-    // Without a count it is an ordinary (unnamed) type.
-    s.setType(24);
-    s.setModulus(0);
-    EXPECT_EQ(summary(s, kJobContextCovers, texts), "[StockType]:STRING NOT FOUND");
-}
-
-TEST(StockSummary, MissingTextsShowStringNotFound)
-{
-    StockTextSource none;
-    Stock s;
-    s.setColor(1);
-    EXPECT_EQ(summary(s, kJobContextCovers, none), "STRING NOT FOUND:STRING NOT FOUND");
 }
 
 TEST(StockMenus, FillFromTheMenuTablesWithTheStockCommands)
