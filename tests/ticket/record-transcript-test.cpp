@@ -188,6 +188,33 @@ pl::DictPtr readException(const pl::DictPtr& d, std::string& out)
     return e.asTicket();
 }
 
+// The special pages items of a ticket: what the panel reads (lists in order, covers, any
+// diagnostic) and what it writes back.
+pl::DictPtr readSpecialPages(const pl::DictPtr& d, std::string& out)
+{
+    Ticket ticket;
+    ticket.loadDictionary(d, "T");
+    SpecialPagesState state;
+    testing::internal::CaptureStderr();
+    ReadSpecialPagesFromTicket(&state, &ticket);
+    out += testing::internal::GetCapturedStderr();
+    out += "inserts:";
+    for (long i = 0; i < state.inserts.count(); ++i)
+        out += " " + n(state.inserts.pageAtIndex(i)->startPage()) + "#" + n(state.inserts.pageAtIndex(i)->quantity());
+    out += "\nexceptions:";
+    for (long i = 0; i < state.exceptions.count(); ++i) {
+        const ExceptionPage* e = state.exceptions.pageAtIndex(i);
+        out += " " + n(e->startPage()) + "-" + n(e->endPage()) + "#" + n(e->halftoneScreen());
+    }
+    const auto sides = [](const std::unique_ptr<Cover>& c) { return c ? n(c->sidesImaged()) : std::string("none"); };
+    out += "\ncovers: " + sides(state.frontCover) + " / " + sides(state.backCover) + "\n";
+    Ticket written;
+    if (auto booklet = ticket.get(kBookletLayoutKey))
+        written.set(kBookletLayoutKey, booklet, "T");
+    WriteSpecialPagesToTicket(&state, &written);
+    return written.asDictionary();
+}
+
 TEST(RecordTranscript, StoredDictionaries)
 {
     // The image shift summary's numbers follow the locale.
@@ -202,8 +229,13 @@ TEST(RecordTranscript, StoredDictionaries)
         ~Locale() { saved ? ::setenv("LC_ALL", saved->c_str(), 1) : ::unsetenv("LC_ALL"); }
     } locale;
     const std::map<std::string, Kind> kinds = {
-        {"Stock", {readStock}}, {"FullColor", {readColor}}, {"ImageShift", {readShift}},
-        {"Cover", {readCover}}, {"Insert", {readInsert}},   {"Exception", {readException}},
+        {"Stock", {readStock}},
+        {"FullColor", {readColor}},
+        {"ImageShift", {readShift}},
+        {"Cover", {readCover}},
+        {"Insert", {readInsert}},
+        {"Exception", {readException}},
+        {"SpecialPages", {readSpecialPages}},
     };
     std::ifstream in(dataPath("record-cases.txt"));
     ASSERT_TRUE(in);

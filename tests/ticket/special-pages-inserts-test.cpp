@@ -41,20 +41,6 @@ OSStatus add(InsertList& list, const std::vector<Entry>& batch)
     return list.add(records);
 }
 
-TEST(InsertList, SortsByStartPageAndKeepsTheOrderOfEqualPages)
-{
-    InsertList list;
-    ASSERT_EQ(add(list, {{4, 1}}), noErr);
-    ASSERT_EQ(add(list, {{4, 2}}), noErr);
-    ASSERT_EQ(add(list, {{2, 3}}), noErr);
-    EXPECT_EQ(entries(list), (std::vector<Entry>{{2, 3}, {4, 1}, {4, 2}}));
-
-    // One batch: each entry goes after everything already there with the same page,
-    // including the batch's own earlier entries.
-    ASSERT_EQ(add(list, {{5, 4}, {2, 5}, {4, 6}, {0, 7}, {2, 8}}), noErr);
-    EXPECT_EQ(entries(list), (std::vector<Entry>{{0, 7}, {2, 3}, {2, 5}, {2, 8}, {4, 1}, {4, 2}, {4, 6}, {5, 4}}));
-}
-
 TEST(InsertList, PromotesAndDemotesOnlyAmongEqualStartPages)
 {
     InsertList list;

@@ -20,22 +20,6 @@ std::unique_ptr<Cover> cover(int32_t sides, int32_t source = kNotSet)
     return c;
 }
 
-std::vector<int32_t> starts(const SpecialPageList& list)
-{
-    std::vector<int32_t> out;
-    for (long i = 0; i < list.count(); ++i)
-        out.push_back(list.pageAtIndex(i)->startPage());
-    return out;
-}
-
-pl::DictPtr exceptionDict(int64_t start, int64_t end)
-{
-    auto d = pl::makeDict();
-    d->setInt("StartPage", start);
-    d->setInt("EndPage", end);
-    return d;
-}
-
 TEST(SpecialPagesTicket, WritesEveryItemOrRemovesItsKey)
 {
     const char* keys[] = {kSpecialPagesFrontCoverKey, kSpecialPagesBackCoverKey, kSpecialPagesInsertListKey,
@@ -94,80 +78,6 @@ TEST(SpecialPagesTicket, BookletWithEqualCoversStoresOnlyTheFront)
         EXPECT_EQ(ticket.contains(kSpecialPagesBackCoverKey), c.backStored)
             << "booklet " << c.booklet << " back sides " << c.backSides;
     }
-}
-
-TEST(SpecialPagesTicket, ReadingWithBookletMakesTheBackACloneOfTheFront)
-{
-    Ticket ticket;
-    ticket.set(kSpecialPagesFrontCoverKey, cover(kCoverPrintSide1And2, 10)->asTicket(), kOtherCreator);
-    ticket.set(kSpecialPagesBackCoverKey, cover(kCoverPrintSide2)->asTicket(), kOtherCreator);
-
-    SpecialPagesState state;
-    ticket.set(kBooklet, pl::makeBool(true), kOtherCreator);
-    ASSERT_EQ(ReadSpecialPagesFromTicket(&state, &ticket), noErr);
-    ASSERT_NE(state.frontCover, nullptr);
-    ASSERT_NE(state.backCover, nullptr);
-    EXPECT_NE(state.backCover.get(), state.frontCover.get());
-    EXPECT_TRUE(*state.backCover == *state.frontCover);
-
-    ticket.set(kBooklet, pl::makeBool(false), kOtherCreator);
-    ASSERT_EQ(ReadSpecialPagesFromTicket(&state, &ticket), noErr);
-    EXPECT_EQ(state.backCover->sidesImaged(), kCoverPrintSide2);
-
-    // Booklet layout without a front cover: no back cover either.
-    ticket.remove(kSpecialPagesFrontCoverKey);
-    ticket.set(kBooklet, pl::makeBool(true), kOtherCreator);
-    ASSERT_EQ(ReadSpecialPagesFromTicket(&state, &ticket), noErr);
-    EXPECT_EQ(state.frontCover, nullptr);
-    EXPECT_EQ(state.backCover, nullptr);
-}
-
-TEST(SpecialPagesTicket, ReadingAppliesTheListsOrderingRules)
-{
-    Ticket ticket;
-    auto inserts = pl::makeArray();
-    for (int64_t s : {9, 3, 5}) {
-        auto d = pl::makeDict();
-        d->setInt("StartPage", s);
-        inserts->append(d);
-    }
-    inserts->append(pl::makeString("not a record"));
-    ticket.set(kSpecialPagesInsertListKey, inserts, kOtherCreator);
-    auto exceptions = pl::makeArray();
-    exceptions->append(exceptionDict(1, 10));
-    exceptions->append(exceptionDict(4, 5));
-    exceptions->append(exceptionDict(20, 12)); // ends before it starts
-    exceptions->append(pl::makeDict());        // 0-0
-    auto noEnd = pl::makeDict();
-    noEnd->setInt("StartPage", 30);
-    exceptions->append(noEnd);
-    ticket.set(kSpecialPagesExceptionListKey, exceptions, kOtherCreator);
-    auto jobStock = pl::makeDict();
-    jobStock->setInt("Source", 10);
-    ticket.set("com.talmo.print.JobLevelStock", jobStock, kOtherCreator);
-
-    SpecialPagesState state;
-    state.frontCover = cover(kCoverPrintSide1);
-    testing::internal::CaptureStderr();
-    ASSERT_EQ(ReadSpecialPagesFromTicket(&state, &ticket), noErr);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "DEBUG: exception range 20-12 ends before it starts; kept as page 20\n"
-              "DEBUG: exception at page 30 has no EndPage; kept as page 30\n");
-    EXPECT_EQ(state.frontCover, nullptr); // replaced wholesale
-    EXPECT_EQ(starts(state.inserts), (std::vector<int32_t>{3, 5, 9}));
-    // Damaged ranges keep their settings as their first page.
-    EXPECT_EQ(starts(state.exceptions), (std::vector<int32_t>{0, 1, 4, 6, 20, 30}));
-    EXPECT_EQ(state.exceptions.pageAtIndex(4)->endPage(), 20);
-    EXPECT_EQ(state.exceptions.pageAtIndex(5)->endPage(), 30);
-    ASSERT_NE(state.jobStock, nullptr);
-    EXPECT_EQ(state.jobStock->source(), 10);
-
-    // Lists of another type read as empty; the job stock goes when its key does.
-    ticket.set(kSpecialPagesInsertListKey, pl::makeString("x"), kOtherCreator);
-    ticket.remove("com.talmo.print.JobLevelStock");
-    ASSERT_EQ(ReadSpecialPagesFromTicket(&state, &ticket), noErr);
-    EXPECT_EQ(state.inserts.count(), 0);
-    EXPECT_EQ(state.jobStock, nullptr);
 }
 
 TEST(SpecialPagesUndo, RestoresThePreviousStateOnceOnly)
