@@ -215,6 +215,17 @@ pl::DictPtr readSpecialPages(const pl::DictPtr& d, std::string& out)
     return written.asDictionary();
 }
 
+// A page list typed into a dialog ("Text", "Ranges" for range mode): status, position, ranges.
+pl::DictPtr readPageList(const pl::DictPtr& d, std::string& out)
+{
+    const PageRangesResult r = ParsePageRanges(d->getString("Text").value_or(""), d->getBool("Ranges").value_or(true));
+    out += "status " + std::to_string(r.status) + " at " + std::to_string(r.position) + ":";
+    for (const PageRange& range : r.ranges)
+        out += " " + std::to_string(range.first) + "+" + std::to_string(range.count);
+    out += "\n";
+    return d;
+}
+
 TEST(RecordTranscript, StoredDictionaries)
 {
     // The image shift summary's numbers follow the locale.
@@ -236,6 +247,7 @@ TEST(RecordTranscript, StoredDictionaries)
         {"Insert", {readInsert}},
         {"Exception", {readException}},
         {"SpecialPages", {readSpecialPages}},
+        {"PageList", {readPageList}},
     };
     std::ifstream in(dataPath("record-cases.txt"));
     ASSERT_TRUE(in);
