@@ -86,75 +86,7 @@ TEST(ImageShiftInit, RevertKeepsOnlyTheJobsDuplex)
     EXPECT_EQ(o, (_IS_Options{1, kNotSet, 1, kNotSet, 0, 1, 0, 0, 0, 0}));
 }
 
-// Side 1 is x1 = 50, y1 = -20; side 2 starts at 7, 9 so "free" and "unchanged" show.
-TEST(ImageShiftRule, SideTwoFollowsSideOneByMode)
-{
-    struct Case {
-        int32_t mode, x2, y2;
-        bool x1Editable, x2Editable, y2Editable;
-    } cases[] = {
-        {kNotSet, 7, 9, false, false, false}, {1, 7, 9, true, true, true},
-        {2, -50, 20, true, false, false},     {3, -50, 9, true, false, true},
-        {4, 7, 20, true, true, false},        {5, -50, 20, true, false, false},
-        {6, -50, -20, true, false, false},    {7, 50, 20, true, false, false},
-        {8, 50, 9, true, false, true},        {9, 7, -20, true, true, false},
-        {10, 50, -20, true, false, false},    {11, 7, 9, false, false, false}, // unknown modes act as unset
-        {0, 7, 9, false, false, false},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(testing::Message() << "mode " << c.mode);
-        const ImageShiftSide2 r = ImageShiftSide2Rule(c.mode, 2, 50, -20, 7, 9);
-        EXPECT_EQ(r.x2, c.x2);
-        EXPECT_EQ(r.y2, c.y2);
-        EXPECT_EQ(r.x1Editable, c.x1Editable);
-        EXPECT_EQ(r.x2Editable, c.x2Editable);
-        EXPECT_EQ(r.y2Editable, c.y2Editable);
-    }
-}
-
-TEST(ImageShiftRule, OneSidedJobLocksSideTwoOnlyInIndependentMode)
-{
-    ImageShiftSide2 r = ImageShiftSide2Rule(kImageShiftIndependent, 1, 50, -20, 7, 9);
-    EXPECT_TRUE(r.x1Editable);
-    EXPECT_FALSE(r.x2Editable);
-    EXPECT_FALSE(r.y2Editable);
-    r = ImageShiftSide2Rule(kImageShiftMirrorX, 1, 50, -20, 7, 9);
-    EXPECT_TRUE(r.y2Editable);
-}
-
-TEST(ImageShiftRule, MirroringTheLeastValueSaturates)
-{
-    const ImageShiftSide2 r = ImageShiftSide2Rule(kImageShiftMirrorBoth, 2, INT32_MIN, INT32_MAX, 0, 0);
-    EXPECT_EQ(r.x2, INT32_MAX);
-    EXPECT_EQ(r.y2, -INT32_MAX);
-}
-
-TEST(ImageShiftUnits, ConvertsRoundingHalfAwayFromZero)
-{
-    struct Case {
-        int32_t value;
-        bool toInches;
-        int32_t expected;
-    } cases[] = {
-        {100, false, 254},
-        {254, true, 100},
-        {1921, false, 4879},
-        {4880, true, 1921},
-        {25, false, 64},
-        {-25, false, -64},
-        {1, false, 3},
-        {-1, false, -3},
-        {1, true, 0},
-        {2, true, 1},
-        {-2, true, -1},
-        {0, true, 0},
-        {INT32_MAX, false, INT32_MAX},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(ImageShiftConvertUnit(c.value, c.toInches), c.expected)
-            << c.value << (c.toInches ? " to in" : " to mm");
-}
-
+// The side 2 rule and the unit conversion are in the record transcript ("ShiftRule").
 TEST(ImageShiftUnits, SwitchConvertsClampsAndReappliesTheRule)
 {
     _IS_Options o = inchRecord(kImageShiftTandemBoth, 100, -1299, 0, 0);

@@ -226,6 +226,17 @@ pl::DictPtr readPageList(const pl::DictPtr& d, std::string& out)
     return d;
 }
 
+// How side 2 follows side 1 ("Mode", "Duplex", "X1" ... "Y2"), and the unit switch of "X1".
+pl::DictPtr readShiftRule(const pl::DictPtr& d, std::string& out)
+{
+    const auto v = [&](const char* key) { return static_cast<int32_t>(d->getInt(key).value_or(0)); };
+    const ImageShiftSide2 r = ImageShiftSide2Rule(v("Mode"), v("Duplex"), v("X1"), v("Y1"), v("X2"), v("Y2"));
+    out += "side 2: " + n(r.x2) + " " + n(r.y2) + ", editable:" + (r.x1Editable ? " x1 y1" : "") +
+           (r.x2Editable ? " x2" : "") + (r.y2Editable ? " y2" : "") + "; x1 in mm " +
+           n(ImageShiftConvertUnit(v("X1"), false)) + ", in inches " + n(ImageShiftConvertUnit(v("X1"), true)) + "\n";
+    return d;
+}
+
 TEST(RecordTranscript, StoredDictionaries)
 {
     // The image shift summary's numbers follow the locale.
@@ -248,6 +259,7 @@ TEST(RecordTranscript, StoredDictionaries)
         {"Exception", {readException}},
         {"SpecialPages", {readSpecialPages}},
         {"PageList", {readPageList}},
+        {"ShiftRule", {readShiftRule}},
     };
     std::ifstream in(dataPath("record-cases.txt"));
     ASSERT_TRUE(in);
