@@ -237,6 +237,59 @@ pl::DictPtr readShiftRule(const pl::DictPtr& d, std::string& out)
     return d;
 }
 
+// One stock menu choice ("Command", "Value", "Context") applied to "Stock"; a dialog it opens
+// answers "Answer" (absent: Cancel) and shows what it was handed.
+pl::DictPtr readStockCommand(const pl::DictPtr& d, std::string& out)
+{
+    Stock s(d->getDict("Stock"));
+    const pl::ValuePtr answer = d->get("Answer");
+    const auto dict = pl::as<pl::Dictionary>(answer);
+    const auto text = [&]() -> std::optional<std::string> {
+        return pl::as<pl::String>(answer) ? std::optional(pl::as<pl::String>(answer)->text) : std::nullopt;
+    };
+    const auto number = [&]() -> std::optional<int32_t> {
+        return pl::as<pl::Integer>(answer) ? std::optional(int32_t(pl::as<pl::Integer>(answer)->value)) : std::nullopt;
+    };
+    const auto seen = [&](const Stock& at) { out += "dialog sees: " + show(at.asTicket()) + "\n"; };
+    StockCommandDialogs dialogs;
+    dialogs.customSize = [&](const Stock& at) -> std::optional<StockDimensions> {
+        seen(at);
+        if (!dict)
+            return std::nullopt;
+        return StockDimensions{int32_t(dict->getInt("Width").value_or(0)), int32_t(dict->getInt("Length").value_or(0))};
+    };
+    dialogs.orderedStock = [&](const Stock& at) -> std::optional<OrderedStockChoice> {
+        seen(at);
+        if (!dict)
+            return std::nullopt;
+        return OrderedStockChoice{dict->getString("Name").value_or(""), int32_t(dict->getInt("Count").value_or(0))};
+    };
+    dialogs.customColor = dialogs.customType = dialogs.description = [&](const Stock& at) {
+        seen(at);
+        return text();
+    };
+    dialogs.precutTab = dialogs.customWeight = [&](const Stock& at) {
+        seen(at);
+        return number();
+    };
+    dialogs.advanced = dialogs.library = [&](Stock& at) {
+        seen(at);
+        if (dict)
+            at = Stock(dict);
+        return dict != nullptr;
+    };
+    uint32_t command = 0;
+    for (char c : d->getString("Command").value_or(""))
+        command = command << 8 | uint8_t(c);
+    const auto result = ApplyStockCommand(s, command, int32_t(d->getInt("Value").value_or(0)),
+                                          int32_t(d->getInt("Context").value_or(0)), dialogs);
+    out += std::string(result == StockCommandResult::Applied     ? "applied"
+                       : result == StockCommandResult::Cancelled ? "cancelled"
+                                                                 : "unknown") +
+           ": " + fields(s) + "\n";
+    return s.asTicket();
+}
+
 TEST(RecordTranscript, StoredDictionaries)
 {
     // The image shift summary's numbers follow the locale.
@@ -260,6 +313,7 @@ TEST(RecordTranscript, StoredDictionaries)
         {"SpecialPages", {readSpecialPages}},
         {"PageList", {readPageList}},
         {"ShiftRule", {readShiftRule}},
+        {"StockCommand", {readStockCommand}},
     };
     std::ifstream in(dataPath("record-cases.txt"));
     ASSERT_TRUE(in);
