@@ -12,14 +12,6 @@ using namespace talmo;
 
 namespace {
 
-const _PaperSizeSettingMap* rowOfCode(int32_t code)
-{
-    for (const auto* r = CompleteStockSizeMap; r->key; ++r)
-        if (r->ticketValue == code)
-            return r;
-    return nullptr;
-}
-
 // Half-up rounding; the epsilon keeps 7.5" (190.5 mm) from falling to 190 through binary
 // representation of 25.4.
 int32_t roundHalfUp(double v) { return static_cast<int32_t>(std::floor(v + 0.5 + 1e-9)); }
@@ -100,19 +92,4 @@ TEST(CompleteStockSizeMap, MeasuresFollowFromTheLabels)
         ++checked;
     }
     EXPECT_EQ(checked, 73 - 5);
-}
-
-TEST(StockSizeMap, EveryMenuSizeIsKnownToTheCompleteTable)
-{
-    // The menu spells two sizes differently; every other key matches the complete table's.
-    const std::map<int32_t, std::string> respelled = {{11, "Oversize Tabloid (12 x 18\")"}, {7, "223x297StockSize"}};
-    for (size_t i = 1; _StockSizeMap[i].ticketValue != 75; ++i) {
-        const auto& item = _StockSizeMap[i];
-        const auto* row = rowOfCode(item.ticketValue);
-        ASSERT_NE(row, nullptr) << item.key;
-        if (auto it = respelled.find(item.ticketValue); it != respelled.end())
-            EXPECT_EQ(item.key, it->second);
-        else
-            EXPECT_STREQ(item.key, row->key);
-    }
 }
