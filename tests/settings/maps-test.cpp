@@ -140,3 +140,12 @@ TEST(SettingMapTables, EveryRowValueFindsARow)
 
 } // namespace
 } // namespace talmo
+
+TEST(CompleteStockSizeMap, CodesAreUniqueAndTheFlagColumnIsZero)
+{
+    std::set<int32_t> codes;
+    for (const auto* r = talmo::CompleteStockSizeMap; r->key; ++r) {
+        EXPECT_TRUE(codes.insert(r->ticketValue).second) << "code " << r->ticketValue << " twice";
+        EXPECT_EQ(r->reserved, 0) << r->key;
+    }
+}

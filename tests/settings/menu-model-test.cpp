@@ -82,14 +82,6 @@ TEST_F(MenuFromMap, CommandArgumentOverridesRowCommands)
         EXPECT_EQ(item.command, FourCC("Cmnd")) << item.label;
 }
 
-TEST_F(MenuFromMap, MissingLabelShowsStringNotFound)
-{
-    const SettingMap unknown[] = {{"NoSuchKeyAnywhere", 1, 0, nullptr, false}, {nullptr, 0, 0, nullptr, false}};
-    MenuModel menu;
-    PopulateMenuFromMap(bundle(), menu, unknown, kJobContextJob, 0);
-    EXPECT_EQ(Labels(menu), (std::vector<std::string>{"STRING NOT FOUND"}));
-}
-
 TEST_F(MenuFromMap, PopupIsEmptiedAndItsMaximumIsTheRowCount)
 {
     PopupButtonModel popup;
