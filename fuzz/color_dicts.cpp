@@ -59,7 +59,9 @@ void feed(const talmo::pl::DictPtr& d)
         ImageShiftSetOptionsFromTicket(&again, written);
         check(again.option == shift.option && again.inches == shift.inches);
     }
-    ImageShiftSync(&shift, kImageShiftSyncFromTicket, d);
+    Ticket ticket;
+    if (ticket.loadDictionary(d, kImageShiftTicketCreator) == noErr)
+        ImageShiftSync(&shift, kImageShiftSyncFromTicket, &ticket);
 
     const BackgroundFormsOptions forms(d);
     auto formsOnce = forms.asTicket();

@@ -1,5 +1,6 @@
 #include "settings/prefs.h"
 
+#include <fcntl.h>
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -92,21 +93,48 @@ bool isRegularFile(const std::string& path)
 }
 
 // Preference files are regular files: anything else (a FIFO would block the dialog on open, a
-// device would never end) is unreadable.
+// device would never end) is unreadable. The descriptor itself is checked, so a file swapped
+// for a FIFO after a look at its name cannot block the open or the reads.
 bool readPreferenceFile(const std::string& path, std::string& bytes, int* errorCode = nullptr)
 {
+    const auto fail = [errorCode](int code) {
+        if (errorCode)
+            *errorCode = code;
+        return false;
+    };
+    bytes.clear();
+    const int fd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+    if (fd < 0)
+        return fail(errno);
+    struct FdCloser {
+        int fd;
+        ~FdCloser() { ::close(fd); }
+    } closer{fd};
     struct stat st;
-    if (::stat(path.c_str(), &st) != 0) {
-        if (errorCode)
-            *errorCode = errno;
-        return false;
+    if (::fstat(fd, &st) != 0)
+        return fail(errno);
+    if (!S_ISREG(st.st_mode))
+        return fail(EINVAL);
+    if (st.st_size > 0 && static_cast<unsigned long long>(st.st_size) > pl::kMaxPlistBytes)
+        return fail(EFBIG);
+    // The size is a hint only (a file may grow while it is read): read to the end, capped.
+    std::string out;
+    char buf[65536];
+    for (;;) {
+        const ssize_t n = ::read(fd, buf, sizeof buf);
+        if (n < 0) {
+            if (errno == EINTR)
+                continue;
+            return fail(errno);
+        }
+        if (n == 0)
+            break;
+        if (static_cast<size_t>(n) > pl::kMaxPlistBytes - out.size())
+            return fail(EFBIG);
+        out.append(buf, static_cast<size_t>(n));
     }
-    if (!S_ISREG(st.st_mode)) {
-        if (errorCode)
-            *errorCode = EINVAL;
-        return false;
-    }
-    return ReadFileBytes(path, bytes, pl::kMaxPlistBytes, errorCode);
+    bytes = std::move(out);
+    return true;
 }
 
 } // namespace
@@ -123,11 +151,15 @@ std::optional<std::string> CopySharedDefaultsPath(std::string_view fileName)
 {
     if (!isPlainFileName(fileName))
         return std::nullopt;
+    // The user's own copy first, then what the system installs, then what the extension's
+    // bundle carries, so a site can replace the shipped defaults without touching the bundle.
     std::vector<std::string> folders;
     if (auto maker = makerFolder())
         folders.push_back(*maker);
     for (auto& dir : sharedDataFolders())
         folders.push_back(std::move(dir));
+    if (const Bundle* bundle = ExtensionBundle())
+        folders.push_back(bundle->path() + "/Resources");
     for (const auto& folder : folders) {
         std::string path = folder + "/" + std::string(fileName);
         if (isRegularFile(path))

@@ -1,7 +1,8 @@
 // User preferences store: per-user files in the preferences folder and shared files in the
 // maker folder "Talmo/". Locations follow XDG: ${XDG_CONFIG_HOME:-~/.config}/talmo/ per user,
 // ${XDG_DATA_HOME:-~/.local/share}/Talmo/ for the maker folder, and read-only shipped defaults
-// in $XDG_DATA_DIRS/talmo/ (default /usr/local/share/:/usr/share/). File names are plain names:
+// in $XDG_DATA_DIRS/talmo/ (default /usr/local/share/:/usr/share/), then in the extension
+// bundle's Resources/. File names are plain names:
 // one holding a '/', or "." or "..", is refused like a missing folder.
 #pragma once
 
@@ -31,9 +32,10 @@ bool WriteUserPreferences(std::string_view fileName, const pl::ValuePtr& plist);
 // Path of the per-user file (whether or not it exists), for callers that must tell a missing
 // file from an empty one; nullopt when the preferences folder cannot be found.
 std::optional<std::string> CopyUserPreferencesPath(std::string_view fileName);
-// Path of the first existing file named `fileName` among the maker folder and then each
-// $XDG_DATA_DIRS entry's "talmo/" folder (the shipped, read-only defaults such as
-// "TalmoFeatures.plist"); nullopt when there is none. Creates nothing.
+// Path of the first existing file named `fileName` among the maker folder, each
+// $XDG_DATA_DIRS entry's "talmo/" folder and the extension bundle's Resources/, in that order
+// (the shipped, read-only defaults such as "TalmoFeatures.plist"); nullopt when there is none.
+// Creates nothing.
 std::optional<std::string> CopySharedDefaultsPath(std::string_view fileName);
 
 } // namespace talmo

@@ -204,27 +204,31 @@ std::string GenerateImageShiftSummary(const _IS_Options& o, int32_t context, con
     return side("Side 1:", o.x1, o.y1) + "\n" + side("Side 2:", o.x2, o.y2);
 }
 
-OSStatus ImageShiftSync(_IS_Options* options, int direction, const pl::DictPtr& items)
+OSStatus ImageShiftSync(_IS_Options* options, int direction, Ticket* ticket)
 {
-    if (!options || !items)
+    if (!options || !ticket)
         return paramErr;
     if (direction == kImageShiftSyncToTicket) {
         if (auto d = ImageShiftCreateTicketFromOptions(options, 0))
-            items->set(kImageShiftOptionsJobKey, d);
+            return ticket->set(kImageShiftOptionsJobKey, d, kImageShiftTicketCreator);
         return noErr;
     }
     if (direction != kImageShiftSyncFromTicket)
         return paramErr;
 
-    ImageShiftSetOptionsFromTicket(options, items->getDict(kImageShiftOptionsJobKey));
-    if (items->contains(kJobLevelStockKey)) {
+    ImageShiftSetOptionsFromTicket(options, pl::as<pl::Dictionary>(ticket->get(kImageShiftOptionsJobKey)));
+    if (ticket->contains(kJobLevelStockKey)) {
         // A stock dictionary without a size (or not a dictionary at all) is the default stock,
         // whose size is unset.
-        auto stock = items->getDict(kJobLevelStockKey);
+        auto stock = pl::as<pl::Dictionary>(ticket->get(kJobLevelStockKey));
         options->stockSize = stock ? getInt32(*stock, "Size").value_or(kNotSet) : kNotSet;
     }
-    if (auto duplex = getInt32(*items, kFinishingDuplexKey))
-        options->duplex = *duplex;
+    if (auto duplex = ticket->get(kFinishingDuplexKey)) {
+        pl::Dictionary item; // the record readers' typed, range-checked read
+        item.set(kFinishingDuplexKey, duplex);
+        if (auto value = getInt32(item, kFinishingDuplexKey))
+            options->duplex = *value;
+    }
     return noErr;
 }
 

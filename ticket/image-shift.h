@@ -98,12 +98,13 @@ void ImageShiftSwitchUnits(_IS_Options& options, bool inches);
 // nothing to show, else the two-line side 1 / side 2 text with localized numbers and units.
 std::string GenerateImageShiftSummary(const _IS_Options& options, int32_t context, const LabelLookup& localize);
 
-// The ticket part of the panel's sync. `items` stands for the print settings ticket's items.
-// Direction 0 writes the job-level dictionary (nothing, not even a removal, when the record
-// yields none); direction 1 reads it (absent reads as empty) and copies the job stock's size
-// and the duplex setting in. -50 for a null record or ticket or another direction.
+// The ticket part of the panel's sync on the session's print settings ticket. Direction 0
+// writes the job-level dictionary with the creator "T" (nothing, not even a removal, when the
+// record yields none); direction 1 reads it (absent reads as empty) and copies the job stock's
+// size and the duplex setting in. -50 for a null record or ticket or another direction; a
+// locked item gives the ticket's status and is left as it was.
 inline constexpr int kImageShiftSyncToTicket = 0;
 inline constexpr int kImageShiftSyncFromTicket = 1;
-OSStatus ImageShiftSync(_IS_Options* options, int direction, const pl::DictPtr& items);
+OSStatus ImageShiftSync(_IS_Options* options, int direction, Ticket* ticket);
 
 } // namespace talmo

@@ -1,6 +1,7 @@
 #include "ticket/ticket.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <iterator>
 #include <map>
 
@@ -280,10 +281,10 @@ ExceptionPage& asException(const ExceptionPtr& p) { return static_cast<Exception
 // adapter provides: first(s) (where the walk may start), done, page, next, insertBefore,
 // insertAfter (returns the new entry), erase (returns the entry that took its place), and
 // setStart (returns the same entry, which keeps its position).
-template <class Seq> void walkException(Seq& seq, const ExceptionPage& n)
+template <class Seq> void walkException(Seq& seq, ExceptionPtr n)
 {
-    const int32_t s = n.startPage();
-    const int32_t e = n.endPage();
+    const int32_t s = n->startPage();
+    const int32_t e = asException(n).endPage();
     auto it = seq.first(s);
     while (!seq.done(it)) {
         ExceptionPage& E = seq.page(it);
@@ -291,7 +292,7 @@ template <class Seq> void walkException(Seq& seq, const ExceptionPage& n)
             it = seq.next(it); // N lies after E
         } else if (s < E.startPage()) {
             if (e < E.startPage()) {
-                seq.insertBefore(it, n.clone()); // wholly before E
+                seq.insertBefore(it, std::move(n)); // wholly before E
                 return;
             }
             if (e < E.endPage())
@@ -316,7 +317,7 @@ template <class Seq> void walkException(Seq& seq, const ExceptionPage& n)
             it = seq.erase(it); // same start, N covers E
         }
     }
-    seq.append(n.clone());
+    seq.append(std::move(n));
 }
 
 // The walk over the vector. While the list keeps its invariant (sorted, each range valid,
@@ -459,6 +460,12 @@ OSStatus ExceptionPageList::add(std::span<const SpecialPage* const> pages)
     }
     if (pages.empty())
         return noErr;
+    // The walk trims, splits and deletes entries, and the caller may hand us entries of this
+    // very list: clone the whole batch before anything changes.
+    std::vector<ExceptionPtr> batch;
+    batch.reserve(pages.size());
+    for (const SpecialPage* p : pages)
+        batch.push_back(p->clone());
 
     // A dialog's few ranges go straight into the vector: a binary search and a move of the
     // tail per change. A batch (a ticket being read) goes through a tree, so that it costs
@@ -467,8 +474,8 @@ OSStatus ExceptionPageList::add(std::span<const SpecialPage* const> pages)
     const bool ordered = keepsInvariant(pages_);
     if (!ordered || pages.size() < kTreeWalkBatch) {
         VectorWalk walk{pages_, ordered};
-        for (const SpecialPage* p : pages)
-            walkException(walk, static_cast<const ExceptionPage&>(*p));
+        for (ExceptionPtr& n : batch)
+            walkException(walk, std::move(n));
         return noErr;
     }
     TreeWalk::Map tree;
@@ -477,8 +484,8 @@ OSStatus ExceptionPageList::add(std::span<const SpecialPage* const> pages)
         tree.emplace_hint(tree.end(), key, std::move(p));
     }
     TreeWalk walk{tree};
-    for (const SpecialPage* p : pages)
-        walkException(walk, static_cast<const ExceptionPage&>(*p));
+    for (ExceptionPtr& n : batch)
+        walkException(walk, std::move(n));
     pages_.clear();
     pages_.reserve(tree.size());
     for (auto& [key, p] : tree)
@@ -570,6 +577,35 @@ template <class Record> std::vector<std::unique_ptr<Record>> readRecords(const T
     return records;
 }
 
+// The stored exception ranges. A range that ends before it starts (a missing "EndPage" reads
+// as 0) would be refused by the list, losing the user's settings without a word: it is kept
+// as its first page, and the repair is reported.
+std::vector<std::unique_ptr<ExceptionPage>> readExceptions(const Ticket& ticket)
+{
+    std::vector<std::unique_ptr<ExceptionPage>> records;
+    const auto array = pl::as<pl::Array>(ticket.get(kSpecialPagesExceptionListKey));
+    if (!array)
+        return records;
+    records.reserve(array->size());
+    for (const pl::ValuePtr& v : *array) {
+        const auto d = pl::as<pl::Dictionary>(v);
+        if (!d)
+            continue;
+        auto e = std::make_unique<ExceptionPage>(d);
+        const int32_t start = e->startPage();
+        if (e->endPage() < start) {
+            if (!d->getInt(kEndPageField))
+                std::fprintf(stderr, "DEBUG: exception at page %d has no EndPage; kept as page %d\n", start, start);
+            else
+                std::fprintf(stderr, "DEBUG: exception range %d-%d ends before it starts; kept as page %d\n", start,
+                             e->endPage(), start);
+            e->setEndPage(start);
+        }
+        records.push_back(std::move(e));
+    }
+    return records;
+}
+
 } // namespace
 
 OSStatus ReadSpecialPagesFromTicket(SpecialPagesState* state, const Ticket* ticket)
@@ -582,9 +618,7 @@ OSStatus ReadSpecialPagesFromTicket(SpecialPagesState* state, const Ticket* tick
     state->exceptions.clear();
 
     state->inserts.add(readRecords<Insert>(*ticket, kSpecialPagesInsertListKey));
-    auto exceptions = readRecords<ExceptionPage>(*ticket, kSpecialPagesExceptionListKey);
-    std::erase_if(exceptions, [](const auto& e) { return e->endPage() < e->startPage(); });
-    state->exceptions.add(exceptions);
+    state->exceptions.add(readExceptions(*ticket));
 
     state->jobStock.reset();
     if (auto stock = pl::as<pl::Dictionary>(ticket->get(kJobLevelStockKey)))

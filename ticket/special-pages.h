@@ -242,9 +242,10 @@ bool CanUndo(const SpecialPagesState& state);
 // is removed, otherwise the back cover is written or removed. When one of the four items is
 // locked, kPMTicketItemLocked and nothing is written.
 OSStatus WriteSpecialPagesToTicket(const SpecialPagesState* state, Ticket* ticket);
-// Reading: both lists rebuilt through add (elements that are not dictionaries and exception
-// ranges that end before they start are skipped), the covers and the job stock rebuilt; with
-// booklet layout on the back cover is a clone of the front.
+// Reading: both lists rebuilt through add (elements that are not dictionaries are skipped; an
+// exception range that ends before it starts, or has no "EndPage", is kept as its first page
+// with a "DEBUG: " line on stderr), the covers and the job stock rebuilt; with booklet layout
+// on the back cover is a clone of the front.
 OSStatus ReadSpecialPagesFromTicket(SpecialPagesState* state, const Ticket* ticket);
 
 } // namespace talmo

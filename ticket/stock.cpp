@@ -500,4 +500,19 @@ StockCommandResult ApplyStockCommand(Stock& stock, uint32_t command, int32_t val
     return ok ? StockCommandResult::Applied : StockCommandResult::Cancelled;
 }
 
+int32_t PopulateStockSizeMenu(const Bundle& bundle, MenuModel& menu, JobContext context)
+{
+    return PopulateMenuFromMap(bundle, menu, _StockSizeMap, context, kStockCommandSize);
+}
+
+int32_t PopulateStockColorMenu(const Bundle& bundle, MenuModel& menu, JobContext context)
+{
+    return PopulateMenuFromMap(bundle, menu, _StockColorMap, context, kStockCommandColor);
+}
+
+int32_t PopulateStockTypeMenu(const Bundle& bundle, MenuModel& menu, JobContext context)
+{
+    return PopulateMenuFromMap(bundle, menu, _StockTypeMap, context, kStockCommandType);
+}
+
 } // namespace talmo

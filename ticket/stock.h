@@ -184,6 +184,14 @@ inline constexpr uint32_t kStockCommandAdvanced = FourCC("Sadv");
 inline constexpr uint32_t kStockCommandLibrary = FourCC("Slib");
 inline constexpr uint32_t kStockCommandDefault = FourCC("Sdef");
 
+// The stock pop-up's size, colour and type menus: the menu tables through PopulateMenuFromMap,
+// every item sending its attribute's command (kStockCommandSize, ...). The printer-default row
+// reads "PrinterDefault" for the job and "UseJobSetting" for a page range. Returns the row
+// count, as PopulateMenuFromMap does.
+int32_t PopulateStockSizeMenu(const Bundle& bundle, MenuModel& menu, JobContext context);
+int32_t PopulateStockColorMenu(const Bundle& bundle, MenuModel& menu, JobContext context);
+int32_t PopulateStockTypeMenu(const Bundle& bundle, MenuModel& menu, JobContext context);
+
 struct StockDimensions {
     int32_t width;
     int32_t length;

@@ -28,36 +28,28 @@ pl::DictPtr WithHistory(std::initializer_list<const char*> entries)
     return prefs;
 }
 
-TEST(InputHistoryRule, NewTextGoesFirstAndTheLimitDropsTheOldest)
+TEST(InputHistoryRule, NewTextGoesFirstWithinTheLimitKnownOrEmptyTextChangesNothing)
 {
-    pl::DictPtr prefs = WithHistory({"e5", "e4", "e3", "e2", "e1"});
-    EXPECT_TRUE(UpdateInputHistory(*prefs, "Field", "e6", 5));
-    EXPECT_EQ(Strings(prefs->getArray("Field")), (std::vector<std::string>{"e6", "e5", "e4", "e3", "e2"}));
-}
-
-TEST(InputHistoryRule, LimitCutsAnAlreadyLongerHistory)
-{
-    pl::DictPtr prefs = WithHistory({"a", "b", "c", "d"});
-    EXPECT_TRUE(UpdateInputHistory(*prefs, "Field", "new", 2));
-    EXPECT_EQ(Strings(prefs->getArray("Field")), (std::vector<std::string>{"new", "a"}));
-}
-
-TEST(InputHistoryRule, ZeroOrNegativeLimitKeepsEverything)
-{
-    for (int32_t limit : {0, -3}) {
-        pl::DictPtr prefs = WithHistory({"a", "b", "c"});
-        EXPECT_TRUE(UpdateInputHistory(*prefs, "Field", "d", limit));
-        EXPECT_EQ(Strings(prefs->getArray("Field")).size(), 4u) << limit;
+    using V = std::vector<std::string>;
+    const struct {
+        std::initializer_list<const char*> before;
+        const char* text;
+        int32_t limit;
+        bool changed;
+        V after;
+    } cases[] = {
+        {{"e5", "e4", "e3", "e2", "e1"}, "e6", 5, true, {"e6", "e5", "e4", "e3", "e2"}},
+        {{"a", "b", "c", "d"}, "new", 2, true, {"new", "a"}}, // cuts an already longer history
+        {{"a", "b"}, "c", 0, true, {"c", "a", "b"}},          // 0 or less: no limit
+        {{"a", "b"}, "c", -3, true, {"c", "a", "b"}},
+        {{"a", "b"}, "", 5, false, {"a", "b"}},
+        {{"a", "b"}, "b", 5, false, {"a", "b"}}, // a known text is not moved to the front either
+    };
+    for (const auto& c : cases) {
+        pl::DictPtr prefs = WithHistory(c.before);
+        EXPECT_EQ(UpdateInputHistory(*prefs, "Field", c.text, c.limit), c.changed) << c.text << " " << c.limit;
+        EXPECT_EQ(Strings(prefs->getArray("Field")), c.after) << c.text << " " << c.limit;
     }
-}
-
-TEST(InputHistoryRule, EmptyOrKnownTextChangesNothing)
-{
-    pl::DictPtr prefs = WithHistory({"a", "b"});
-    EXPECT_FALSE(UpdateInputHistory(*prefs, "Field", "", 5));
-    EXPECT_FALSE(UpdateInputHistory(*prefs, "Field", "b", 5));
-    // A known text is not moved to the front either.
-    EXPECT_EQ(Strings(prefs->getArray("Field")), (std::vector<std::string>{"a", "b"}));
 }
 
 TEST(InputHistoryRule, MissingOrDamagedEntryStartsAFreshArray)

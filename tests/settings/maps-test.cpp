@@ -73,17 +73,6 @@ TEST(SettingMapLookup, FirstRowHoldingZeroAnswersRowOneForAnyValue)
     }
 }
 
-TEST(SettingMapLookup, LocalizedKeyFollowsTheSameSearch)
-{
-    EXPECT_STREQ(LocalizedKeyForTicketValue(_AntialiasingMap, 2), "On");
-    EXPECT_EQ(LocalizedKeyForTicketValue(_AntialiasingMap, 5), nullptr);
-    EXPECT_STREQ(LocalizedKeyForTicketValue(kDescriptionLike, 7), "Custom...");
-    EXPECT_STREQ(LocalizedKeyForTicketValue(_PlexMap, kNotSet), "PrinterDefault");
-    EXPECT_EQ(LocalizedKeyForTicketValue(kEmpty, 0), nullptr);
-    EXPECT_EQ(LocalizedKeyForTicketValue(nullptr, 0), nullptr);
-    EXPECT_EQ(TicketToUI(nullptr, 0), -1);
-}
-
 TEST(SettingMapLookup, UIToTicketReadsRowItemMinusOneAndNeverPastTheEnd)
 {
     EXPECT_EQ(UIToTicket(_AntialiasingMap, 1), kNotSet);
@@ -151,3 +140,12 @@ TEST(SettingMapTables, EveryRowValueFindsARow)
 
 } // namespace
 } // namespace talmo
+
+TEST(CompleteStockSizeMap, CodesAreUniqueAndTheFlagColumnIsZero)
+{
+    std::set<int32_t> codes;
+    for (const auto* r = talmo::CompleteStockSizeMap; r->key; ++r) {
+        EXPECT_TRUE(codes.insert(r->ticketValue).second) << "code " << r->ticketValue << " twice";
+        EXPECT_EQ(r->reserved, 0) << r->key;
+    }
+}

@@ -82,25 +82,6 @@ TEST_F(MenuFromMap, CommandArgumentOverridesRowCommands)
         EXPECT_EQ(item.command, FourCC("Cmnd")) << item.label;
 }
 
-TEST_F(MenuFromMap, MenuKeepsItsMapAndAppendsToExistingItems)
-{
-    MenuModel menu;
-    menu.items.push_back({"Already there", 0, 42, false});
-    PopulateMenuFromMap(bundle(), menu, _OutputColorMap, kJobContextJob, 0);
-    EXPECT_EQ(menu.map, _OutputColorMap);
-    EXPECT_EQ(References(menu), (std::vector<int32_t>{42, kNotSet, 1, 2}));
-    EXPECT_EQ(menu.item(0), nullptr);
-    EXPECT_EQ(menu.item(5), nullptr);
-}
-
-TEST_F(MenuFromMap, MissingLabelShowsStringNotFound)
-{
-    const SettingMap unknown[] = {{"NoSuchKeyAnywhere", 1, 0, nullptr, false}, {nullptr, 0, 0, nullptr, false}};
-    MenuModel menu;
-    PopulateMenuFromMap(bundle(), menu, unknown, kJobContextJob, 0);
-    EXPECT_EQ(Labels(menu), (std::vector<std::string>{"STRING NOT FOUND"}));
-}
-
 TEST_F(MenuFromMap, PopupIsEmptiedAndItsMaximumIsTheRowCount)
 {
     PopupButtonModel popup;
@@ -156,14 +137,6 @@ TEST_F(MenuFromMap, HistoryPositionPastTheEndAppends)
     PopupButtonModel popup;
     EXPECT_EQ(PopulatePopupButtonFromMapAndHistory(bundle(), popup, _TRCMap, kJobContextJob, "TRCHistory", 9, 0, 0), 2);
     EXPECT_EQ(Labels(popup.menu), (std::vector<std::string>{"Printer Default", "Curve A"}));
-}
-
-TEST_F(MenuFromMap, NoHistoryKeyOrNoFileAddsNothing)
-{
-    PopupButtonModel popup;
-    EXPECT_EQ(PopulatePopupButtonFromMapAndHistory(bundle(), popup, _TRCMap, kJobContextJob, std::nullopt, 0, 0, 0), 1);
-    EXPECT_EQ(PopulatePopupButtonFromMapAndHistory(bundle(), popup, _TRCMap, kJobContextJob, "Missing", 0, 0, 0), 1);
-    EXPECT_EQ(popup.menu.count(), 1);
 }
 
 TEST_F(MenuFromMap, EveryRowOfEveryMapHasAnEnglishLabel)

@@ -1,12 +1,11 @@
-// Writes that are killed or fail half-way: the per-user file is always either the old or the
-// new version, whole, and our temporary files do not pile up.
+// Writes that are killed half-way: the per-user file is always either the old or the new
+// version, whole, and our temporary files do not pile up.
 #include "tests/settings/prefs-fixture.h"
 
 #include <fcntl.h>
 #include <sched.h>
 #include <signal.h>
 #include <sys/mount.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -93,28 +92,7 @@ pl::DictPtr notesOfSize(int version, size_t bytes)
     return d;
 }
 
-class PrefsCrash : public test::PrefsHome {
-protected:
-    // Writes the old version and checks, after `failingWrite` ran, that it printed exactly
-    // `expectedMessage`, returned false, left the old bytes and no temporary file.
-    std::string checkFailedWrite(const std::function<bool()>& failingWrite, const std::string& expectedMessage)
-    {
-        const std::string before = readAll(prefsFile(kJobNotes));
-        testing::internal::CaptureStderr();
-        const bool ok = failingWrite();
-        const std::string message = testing::internal::GetCapturedStderr();
-        std::string problems;
-        if (ok)
-            problems += "the write reported success; ";
-        if (message != expectedMessage)
-            problems += "message \"" + message + "\" instead of \"" + expectedMessage + "\"; ";
-        if (readAll(prefsFile(kJobNotes)) != before)
-            problems += "the old file changed; ";
-        if (!tempFiles(prefsFolder()).empty())
-            problems += "a temporary file was left; ";
-        return problems;
-    }
-};
+class PrefsCrash : public test::PrefsHome { };
 
 // Kills writers at random moments and checks after each kill; returns what went wrong.
 std::string killWritersRepeatedly(const std::string& folder, const std::string& file, int kills, int& tempLeftByKill)
@@ -204,48 +182,6 @@ TEST_F(PrefsCrash, WriterKilledAtRandomMomentsNeverLeavesATornFile)
         return problems;
     });
     EXPECT_EQ(report, "");
-}
-
-TEST_F(PrefsCrash, FileSizeLimitFailsWithTheMessageAndKeepsTheOldFile)
-{
-    const std::string report = runInChild([&]() -> std::string {
-        if (!WriteUserPreferences(kJobNotes, notesOfSize(0, 1000)))
-            return "the old version could not be written";
-        // Ignored, SIGXFSZ no longer kills the process and the write fails with EFBIG instead.
-        ::signal(SIGXFSZ, SIG_IGN);
-        const rlimit limit{8192, 8192};
-        if (::setrlimit(RLIMIT_FSIZE, &limit) != 0)
-            return errnoText("setrlimit");
-        return checkFailedWrite([] { return WriteUserPreferences(kJobNotes, notesOfSize(1, 20000)); },
-                                "WriteUserPreferences() failed (27)\n");
-    });
-    EXPECT_EQ(report, "");
-}
-
-// A folder that refuses new files fails at the temporary file, a full disk at the flush, a
-// lost race at the rename; each reaches the caller as the message and keeps the old file.
-TEST_F(PrefsCrash, InjectedFailuresReachTheCallerAsTheMessage)
-{
-    ASSERT_TRUE(WriteUserPreferences(kJobNotes, notesOfSize(0, 1000)));
-    const struct {
-        const char* step;
-        void (*inject)(FileIo&);
-        const char* message;
-    } cases[] = {
-        {"temporary file", [](FileIo& io) { io.makeTemp = [](char*) { return errno = EACCES, -1; }; },
-         "WriteUserPreferences() failed (13)\n"},
-        {"flush", [](FileIo& io) { io.fsync = [](int) { return errno = ENOSPC, -1; }; },
-         "WriteUserPreferences() failed (28)\n"},
-        {"rename", [](FileIo& io) { io.rename = [](const char*, const char*) { return errno = EIO, -1; }; },
-         "WriteUserPreferences() failed (5)\n"},
-    };
-    for (const auto& c : cases) {
-        FileIo io = SystemFileIo();
-        c.inject(io);
-        ScopedFileIo seam(io);
-        EXPECT_EQ(checkFailedWrite([] { return WriteUserPreferences(kJobNotes, notesOfSize(1, 1000)); }, c.message), "")
-            << c.step;
-    }
 }
 
 } // namespace

@@ -1,9 +1,29 @@
 #include "tests/settings/prefs-fixture.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <chrono>
 #include <filesystem>
+#include <thread>
+
+// Looking at a name and then opening it is a race: the file may be replaced in between. This
+// stat() replaces the armed path by the FIFO beside it ("<path>.fifo") right after the look.
+namespace {
+std::string gSwapAfterLook;
+}
+
+extern "C" int stat(const char* __restrict path, struct stat* __restrict st) noexcept
+{
+    const int result = ::fstatat(AT_FDCWD, path, st, 0);
+    if (!gSwapAfterLook.empty() && gSwapAfterLook == path) {
+        gSwapAfterLook.clear();
+        ::rename((std::string(path) + ".fifo").c_str(), path);
+    }
+    return result;
+}
 
 namespace talmo {
 namespace {
@@ -70,16 +90,51 @@ TEST_F(Prefs, FileNamesThatLeaveTheFolderAreRefused)
     }
 }
 
-TEST_F(Prefs, SharedDefaultsPreferTheMakerFolderThenDataDirsInOrder)
+// The user's copy, then the installed defaults in $XDG_DATA_DIRS order, then the bundle's.
+TEST_F(Prefs, SharedDefaultsComeFromTheMakerFolderDataDirsOrTheBundleInThatOrder)
 {
     const std::string name = "TalmoFeatures.plist";
-    EXPECT_FALSE(CopySharedDefaultsPath(name));
-    writeRaw(root_ + "/sys2/talmo/" + name, "two");
-    EXPECT_EQ(CopySharedDefaultsPath(name), root_ + "/sys2/talmo/" + name);
-    writeRaw(root_ + "/sys1/talmo/" + name, "one");
-    EXPECT_EQ(CopySharedDefaultsPath(name), root_ + "/sys1/talmo/" + name);
-    writeRaw(dataHome() + "/Talmo/" + name, "mine");
+    const auto from = [&] {
+        auto d = pl::as<pl::Dictionary>(CopyXMLData(name));
+        return d && d->getString("from") ? *d->getString("from") : "null";
+    };
+    const auto place = [&](const std::string& path, const std::string& what) {
+        writeRaw(path, "<plist><dict><key>from</key><string>" + what + "</string></dict></plist>");
+    };
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(from(), "null");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    place(root_ + "/bundle/Resources/" + name, "bundle");
+    SetExtensionBundle(Bundle::open(root_ + "/bundle"));
+    EXPECT_EQ(from(), "bundle");
+    place(root_ + "/sys2/talmo/" + name, "sys2");
+    EXPECT_EQ(from(), "sys2");
+    place(root_ + "/sys1/talmo/" + name, "sys1");
+    EXPECT_EQ(from(), "sys1");
+    place(dataHome() + "/Talmo/" + name, "maker");
+    EXPECT_EQ(from(), "maker");
     EXPECT_EQ(CopySharedDefaultsPath(name), dataHome() + "/Talmo/" + name);
+    SetExtensionBundle(std::nullopt);
+}
+
+TEST_F(Prefs, ShippedFeatureFileReadsWithTheLibraryLayout)
+{
+    std::filesystem::create_directories(root_ + "/bundle");
+    std::filesystem::create_directory_symlink(std::string(TALMO_SOURCE_DIR) + "/resources",
+                                              root_ + "/bundle/Resources");
+    SetExtensionBundle(Bundle::open(root_ + "/bundle"));
+    auto d = pl::as<pl::Dictionary>(CopyXMLData("TalmoFeatures.plist"));
+    SetExtensionBundle(std::nullopt);
+    ASSERT_TRUE(d);
+    EXPECT_TRUE(d->getDict(kStockLibraryStockListKey));
+    EXPECT_TRUE(d->getArray(kStockLibraryStockMenuListKey));
+    const auto widths = d->getDict(kStockLibraryColumnWidthsKey);
+    ASSERT_TRUE(widths);
+    EXPECT_EQ(widths->size(), 13u); // one per column of the library table
+    for (const auto& [column, width] : *widths) {
+        const auto w = pl::as<pl::Integer>(width);
+        EXPECT_TRUE(column.size() == 4 && w && w->value > 0 && w->value <= INT16_MAX) << column;
+    }
 }
 
 // --- Reading ---
@@ -127,18 +182,28 @@ TEST_F(Prefs, FifoOrFolderInPlaceOfAFileReadsAsUnreadableWithoutBlocking)
     EXPECT_TRUE(d->empty());
 }
 
-TEST_F(Prefs, UserFileReadsBackWithMutableContainers)
+TEST_F(Prefs, AFileSwappedForAFifoAfterALookCannotBlockTheRead)
 {
-    writeRaw(prefsFile(kInputHistory),
-             "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n<dict>\n"
-             "\t<key>Accounts</key>\n\t<array>\n\t\t<string>1234</string>\n\t</array>\n</dict>\n</plist>\n");
-    auto d = CopyUserPreferences(kInputHistory);
-    ASSERT_TRUE(d);
-    auto accounts = d->getArray("Accounts");
-    ASSERT_TRUE(accounts);
-    ASSERT_EQ(accounts->size(), 1u);
-    accounts->append(pl::makeString("5678"));
-    EXPECT_EQ(d->getArray("Accounts")->size(), 2u);
+    const std::string target = prefsFile(kInputHistory);
+    writeRaw(target, "<plist><dict/></plist>");
+    ASSERT_EQ(::mkfifo((target + ".fifo").c_str(), 0600), 0);
+    gSwapAfterLook = target;
+    std::atomic<bool> done{false};
+    std::thread reader([&] {
+        CopyUserPreferences(kInputHistory);
+        done = true;
+    });
+    for (int i = 0; i < 300 && !done; ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    const bool blocked = !done;
+    while (!done) { // a writer on the FIFO releases a reader stuck in open()
+        if (const int fd = ::open(target.c_str(), O_WRONLY | O_NONBLOCK); fd >= 0)
+            ::close(fd);
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    reader.join();
+    gSwapAfterLook.clear();
+    EXPECT_FALSE(blocked);
 }
 
 TEST_F(Prefs, SharedFileThatIsNotXmlPrintsTheParseErrorAndReadsAsNull)
@@ -161,24 +226,6 @@ TEST_F(Prefs, SharedFileThatIsNotXmlPrintsTheParseErrorAndReadsAsNull)
         EXPECT_EQ(CopyXMLData(name), nullptr) << c.content;
         EXPECT_EQ(testing::internal::GetCapturedStderr(), c.expectedMessage);
     }
-}
-
-TEST_F(Prefs, SharedFileReadsFromMakerFolderElseShippedDefaultElseSilentNull)
-{
-    const std::string name = "TalmoFeatures.plist";
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(CopyXMLData(name), nullptr);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-
-    writeRaw(root_ + "/sys2/talmo/" + name, "<plist><dict><key>from</key><string>shipped</string></dict></plist>");
-    auto shipped = pl::as<pl::Dictionary>(CopyXMLData(name));
-    ASSERT_TRUE(shipped);
-    EXPECT_EQ(shipped->getString("from"), "shipped");
-
-    writeRaw(dataHome() + "/Talmo/" + name, "<plist><dict><key>from</key><string>maker</string></dict></plist>");
-    auto maker = pl::as<pl::Dictionary>(CopyXMLData(name));
-    ASSERT_TRUE(maker);
-    EXPECT_EQ(maker->getString("from"), "maker");
 }
 
 // --- Writing ---
@@ -204,20 +251,6 @@ TEST_F(Prefs, WritesTheStandardXmlOwnerOnlyCreatingTheFolder)
     EXPECT_EQ(modeOf(prefsFolder()), 0700u);
     EXPECT_EQ(modeOf(prefsFile(kInputHistory)), 0600u);
     EXPECT_TRUE(pl::equal(CopyUserPreferences(kInputHistory), d));
-}
-
-TEST_F(Prefs, DamagedUserFileIsReplacedOnTheNextWrite)
-{
-    writeRaw(prefsFile(kInputHistory), "<plist><dict><key>a</key><integer>1</inte");
-    ::chmod(prefsFile(kInputHistory).c_str(), 0644);
-    auto d = CopyUserPreferences(kInputHistory);
-    ASSERT_TRUE(d && d->empty());
-    d->setString("Department", "Print room");
-    ASSERT_TRUE(WriteUserPreferences(kInputHistory, d));
-    auto back = CopyUserPreferences(kInputHistory);
-    EXPECT_EQ(back->getString("Department"), "Print room");
-    EXPECT_EQ(modeOf(prefsFile(kInputHistory)), 0600u);
-    EXPECT_TRUE(tempFiles(prefsFolder()).empty());
 }
 
 TEST_F(Prefs, NullPropertyListIsAFailedWriteThatKeepsTheOldFile)

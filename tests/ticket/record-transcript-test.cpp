@@ -188,6 +188,108 @@ pl::DictPtr readException(const pl::DictPtr& d, std::string& out)
     return e.asTicket();
 }
 
+// The special pages items of a ticket: what the panel reads (lists in order, covers, any
+// diagnostic) and what it writes back.
+pl::DictPtr readSpecialPages(const pl::DictPtr& d, std::string& out)
+{
+    Ticket ticket;
+    ticket.loadDictionary(d, "T");
+    SpecialPagesState state;
+    testing::internal::CaptureStderr();
+    ReadSpecialPagesFromTicket(&state, &ticket);
+    out += testing::internal::GetCapturedStderr();
+    out += "inserts:";
+    for (long i = 0; i < state.inserts.count(); ++i)
+        out += " " + n(state.inserts.pageAtIndex(i)->startPage()) + "#" + n(state.inserts.pageAtIndex(i)->quantity());
+    out += "\nexceptions:";
+    for (long i = 0; i < state.exceptions.count(); ++i) {
+        const ExceptionPage* e = state.exceptions.pageAtIndex(i);
+        out += " " + n(e->startPage()) + "-" + n(e->endPage()) + "#" + n(e->halftoneScreen());
+    }
+    const auto sides = [](const std::unique_ptr<Cover>& c) { return c ? n(c->sidesImaged()) : std::string("none"); };
+    out += "\ncovers: " + sides(state.frontCover) + " / " + sides(state.backCover) + "\n";
+    Ticket written;
+    if (auto booklet = ticket.get(kBookletLayoutKey))
+        written.set(kBookletLayoutKey, booklet, "T");
+    WriteSpecialPagesToTicket(&state, &written);
+    return written.asDictionary();
+}
+
+// A page list typed into a dialog ("Text", "Ranges" for range mode): status, position, ranges.
+pl::DictPtr readPageList(const pl::DictPtr& d, std::string& out)
+{
+    const PageRangesResult r = ParsePageRanges(d->getString("Text").value_or(""), d->getBool("Ranges").value_or(true));
+    out += "status " + std::to_string(r.status) + " at " + std::to_string(r.position) + ":";
+    for (const PageRange& range : r.ranges)
+        out += " " + std::to_string(range.first) + "+" + std::to_string(range.count);
+    out += "\n";
+    return d;
+}
+
+// How side 2 follows side 1 ("Mode", "Duplex", "X1" ... "Y2"), and the unit switch of "X1".
+pl::DictPtr readShiftRule(const pl::DictPtr& d, std::string& out)
+{
+    const auto v = [&](const char* key) { return static_cast<int32_t>(d->getInt(key).value_or(0)); };
+    const ImageShiftSide2 r = ImageShiftSide2Rule(v("Mode"), v("Duplex"), v("X1"), v("Y1"), v("X2"), v("Y2"));
+    out += "side 2: " + n(r.x2) + " " + n(r.y2) + ", editable:" + (r.x1Editable ? " x1 y1" : "") +
+           (r.x2Editable ? " x2" : "") + (r.y2Editable ? " y2" : "") + "; x1 in mm " +
+           n(ImageShiftConvertUnit(v("X1"), false)) + ", in inches " + n(ImageShiftConvertUnit(v("X1"), true)) + "\n";
+    return d;
+}
+
+// One stock menu choice ("Command", "Value", "Context") applied to "Stock"; a dialog it opens
+// answers "Answer" (absent: Cancel) and shows what it was handed.
+pl::DictPtr readStockCommand(const pl::DictPtr& d, std::string& out)
+{
+    Stock s(d->getDict("Stock"));
+    const pl::ValuePtr answer = d->get("Answer");
+    const auto dict = pl::as<pl::Dictionary>(answer);
+    const auto text = [&]() -> std::optional<std::string> {
+        return pl::as<pl::String>(answer) ? std::optional(pl::as<pl::String>(answer)->text) : std::nullopt;
+    };
+    const auto number = [&]() -> std::optional<int32_t> {
+        return pl::as<pl::Integer>(answer) ? std::optional(int32_t(pl::as<pl::Integer>(answer)->value)) : std::nullopt;
+    };
+    const auto seen = [&](const Stock& at) { out += "dialog sees: " + show(at.asTicket()) + "\n"; };
+    StockCommandDialogs dialogs;
+    dialogs.customSize = [&](const Stock& at) -> std::optional<StockDimensions> {
+        seen(at);
+        if (!dict)
+            return std::nullopt;
+        return StockDimensions{int32_t(dict->getInt("Width").value_or(0)), int32_t(dict->getInt("Length").value_or(0))};
+    };
+    dialogs.orderedStock = [&](const Stock& at) -> std::optional<OrderedStockChoice> {
+        seen(at);
+        if (!dict)
+            return std::nullopt;
+        return OrderedStockChoice{dict->getString("Name").value_or(""), int32_t(dict->getInt("Count").value_or(0))};
+    };
+    dialogs.customColor = dialogs.customType = dialogs.description = [&](const Stock& at) {
+        seen(at);
+        return text();
+    };
+    dialogs.precutTab = dialogs.customWeight = [&](const Stock& at) {
+        seen(at);
+        return number();
+    };
+    dialogs.advanced = dialogs.library = [&](Stock& at) {
+        seen(at);
+        if (dict)
+            at = Stock(dict);
+        return dict != nullptr;
+    };
+    uint32_t command = 0;
+    for (char c : d->getString("Command").value_or(""))
+        command = command << 8 | uint8_t(c);
+    const auto result = ApplyStockCommand(s, command, int32_t(d->getInt("Value").value_or(0)),
+                                          int32_t(d->getInt("Context").value_or(0)), dialogs);
+    out += std::string(result == StockCommandResult::Applied     ? "applied"
+                       : result == StockCommandResult::Cancelled ? "cancelled"
+                                                                 : "unknown") +
+           ": " + fields(s) + "\n";
+    return s.asTicket();
+}
+
 TEST(RecordTranscript, StoredDictionaries)
 {
     // The image shift summary's numbers follow the locale.
@@ -202,8 +304,16 @@ TEST(RecordTranscript, StoredDictionaries)
         ~Locale() { saved ? ::setenv("LC_ALL", saved->c_str(), 1) : ::unsetenv("LC_ALL"); }
     } locale;
     const std::map<std::string, Kind> kinds = {
-        {"Stock", {readStock}}, {"FullColor", {readColor}}, {"ImageShift", {readShift}},
-        {"Cover", {readCover}}, {"Insert", {readInsert}},   {"Exception", {readException}},
+        {"Stock", {readStock}},
+        {"FullColor", {readColor}},
+        {"ImageShift", {readShift}},
+        {"Cover", {readCover}},
+        {"Insert", {readInsert}},
+        {"Exception", {readException}},
+        {"SpecialPages", {readSpecialPages}},
+        {"PageList", {readPageList}},
+        {"ShiftRule", {readShiftRule}},
+        {"StockCommand", {readStockCommand}},
     };
     std::ifstream in(dataPath("record-cases.txt"));
     ASSERT_TRUE(in);

@@ -41,20 +41,6 @@ OSStatus add(InsertList& list, const std::vector<Entry>& batch)
     return list.add(records);
 }
 
-TEST(InsertList, SortsByStartPageAndKeepsTheOrderOfEqualPages)
-{
-    InsertList list;
-    ASSERT_EQ(add(list, {{4, 1}}), noErr);
-    ASSERT_EQ(add(list, {{4, 2}}), noErr);
-    ASSERT_EQ(add(list, {{2, 3}}), noErr);
-    EXPECT_EQ(entries(list), (std::vector<Entry>{{2, 3}, {4, 1}, {4, 2}}));
-
-    // One batch: each entry goes after everything already there with the same page,
-    // including the batch's own earlier entries.
-    ASSERT_EQ(add(list, {{5, 4}, {2, 5}, {4, 6}, {0, 7}, {2, 8}}), noErr);
-    EXPECT_EQ(entries(list), (std::vector<Entry>{{0, 7}, {2, 3}, {2, 5}, {2, 8}, {4, 1}, {4, 2}, {4, 6}, {5, 4}}));
-}
-
 TEST(InsertList, PromotesAndDemotesOnlyAmongEqualStartPages)
 {
     InsertList list;
@@ -88,16 +74,6 @@ TEST(InsertList, PromotesAndDemotesOnlyAmongEqualStartPages)
     EXPECT_FALSE(list.canPromote(nullptr));
 }
 
-TEST(InsertList, InsertsOneByOneWhenStartPagesWereEditedInPlace)
-{
-    InsertList list;
-    ASSERT_EQ(add(list, {{1, 1}, {5, 2}, {9, 3}}), noErr);
-    list.pageAtIndex(0)->setStartPage(7); // 7, 5, 9: no longer sorted
-    ASSERT_EQ(add(list, {{6, 4}}), noErr);
-    // Before the first entry that starts later, which is the edited one.
-    EXPECT_EQ(entries(list), (std::vector<Entry>{{6, 4}, {7, 1}, {5, 2}, {9, 3}}));
-}
-
 TEST(InsertList, RefusesOtherKindsWithoutChangingAnything)
 {
     InsertList list;
@@ -107,29 +83,6 @@ TEST(InsertList, RefusesOtherKindsWithoutChangingAnything)
     EXPECT_EQ(list.add(std::vector<const SpecialPage*>{ok.get(), &cover}), paramErr);
     EXPECT_EQ(list.add(std::vector<const SpecialPage*>{nullptr}), paramErr);
     EXPECT_EQ(entries(list), (std::vector<Entry>{{3, 1}}));
-}
-
-TEST(InsertList, IndexingRemovalAndClones)
-{
-    InsertList list;
-    ASSERT_EQ(add(list, {{1, 1}, {2, 2}, {3, 3}}), noErr);
-    EXPECT_EQ(list.pageAtIndex(-1), nullptr);
-    EXPECT_EQ(list.pageAtIndex(3), nullptr);
-
-    InsertList copy(list);
-    EXPECT_EQ(entries(copy), entries(list));
-    EXPECT_NE(copy.pageAtIndex(0), list.pageAtIndex(0));
-    EXPECT_EQ(copy.indexOfPage(list.pageAtIndex(0)), -1);
-
-    Insert stranger;
-    list.remove(&stranger);
-    list.remove(list.pageAtIndex(1));
-    EXPECT_EQ(entries(list), (std::vector<Entry>{{1, 1}, {3, 3}}));
-    EXPECT_EQ(entries(copy), (std::vector<Entry>{{1, 1}, {2, 2}, {3, 3}}));
-
-    std::unique_ptr<SpecialPageList> cloned = copy.clone();
-    ASSERT_NE(dynamic_cast<InsertList*>(cloned.get()), nullptr);
-    EXPECT_EQ(entries(*static_cast<InsertList*>(cloned.get())), entries(copy));
 }
 
 TEST(SpecialPageList, UpdateReplacesOrRestores)

@@ -71,9 +71,9 @@ TEST(InsertsDialog, RefusesBadInputWithItsCode)
         int32_t quantity;
         OSStatus status;
     };
+    // Page list errors pass through with their code (the list's own cases are in the record
+    // transcript); single-page mode caps the expansion.
     for (const Case c : {Case{kInsertAfterPages, "5-3", 1, kInvalidRangeOrderErr},
-                         Case{kInsertAfterPages, "", 1, kInvalidPageRangesErr},
-                         Case{kInsertAfterPages, "123456", 1, kPageNumberLimitErr},
                          Case{kInsertAfterPages, "1-,1-", 1, kPageNumberLimitErr},
                          Case{kInsertAfterPages, "4", 0, paramErr}, Case{7, "4", 1, paramErr}}) {
         InsertsDialogInput input = InsertsDialogDefaults();
@@ -152,18 +152,6 @@ TEST(ExceptionsDialog, PageZeroRefusesTheWholeList)
     EXPECT_FALSE(CanUndo(state));
 }
 
-TEST(ExceptionsDialog, DefaultsReadAsUseJobSetting)
-{
-    const ExceptionsDialogInput input = ExceptionsDialogDefaults();
-    EXPECT_TRUE(input.pageText.empty());
-    EXPECT_EQ(input.working.plex(), kNotSet);
-    EXPECT_EQ(input.working.halftoneScreen(), kNotSet);
-    EXPECT_EQ(input.working.antialiasing(), kNotSet);
-    EXPECT_EQ(input.working.outputColor(), kNotSet);
-    EXPECT_EQ(input.working.imageShift()->option, kNotSet);
-    EXPECT_EQ(ImageShiftCreateTicketFromOptions(input.working.imageShift()), nullptr);
-}
-
 TEST(ExceptionsDialog, EditReplacesTheEditedRange)
 {
     SpecialPagesState state;
@@ -205,16 +193,13 @@ TEST(CoversDialog, OptionsMakeKeepOrRemoveCovers)
         ASSERT_EQ(MakeCoversFromDialog(c.option, &front, &back, std::nullopt, &made), noErr);
         EXPECT_EQ(made.front != nullptr, c.front) << c.option;
         EXPECT_EQ(made.back != nullptr, c.back) << c.option;
-        if (made.front) {
-            EXPECT_EQ(made.front->sidesImaged(), kCoverPrintSide1);
+        // Same covers: the back is a copy of the front, start page included.
+        if (made.back) {
+            EXPECT_EQ(std::make_pair(made.back->sidesImaged(), made.back->startPage()),
+                      c.option == kSameCovers ? std::make_pair(kCoverPrintSide1, 1)
+                                              : std::make_pair(kCoverPrintSide2, 0));
         }
     }
-    CoversDialogResult same, different;
-    ASSERT_EQ(MakeCoversFromDialog(kSameCovers, &front, &back, std::nullopt, &same), noErr);
-    EXPECT_TRUE(*same.back == front);
-    EXPECT_EQ(same.back->startPage(), 1);
-    ASSERT_EQ(MakeCoversFromDialog(kDifferentCovers, &front, &back, std::nullopt, &different), noErr);
-    EXPECT_EQ(different.back->sidesImaged(), kCoverPrintSide2);
 
     CoversDialogResult unchanged;
     EXPECT_EQ(MakeCoversFromDialog(0, &front, &back, std::nullopt, &unchanged), paramErr);

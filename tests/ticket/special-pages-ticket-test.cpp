@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
 #include <vector>
 
 using namespace talmo;
@@ -19,69 +20,41 @@ std::unique_ptr<Cover> cover(int32_t sides, int32_t source = kNotSet)
     return c;
 }
 
-std::vector<int32_t> starts(const SpecialPageList& list)
+TEST(SpecialPagesTicket, WritesEveryItemOrRemovesItsKey)
 {
-    std::vector<int32_t> out;
-    for (long i = 0; i < list.count(); ++i)
-        out.push_back(list.pageAtIndex(i)->startPage());
-    return out;
-}
-
-pl::DictPtr exceptionDict(int64_t start, int64_t end)
-{
-    auto d = pl::makeDict();
-    d->setInt("StartPage", start);
-    d->setInt("EndPage", end);
-    return d;
-}
-
-TEST(SpecialPagesTicket, EmptyListsAndMissingCoversRemoveTheirKeys)
-{
+    const char* keys[] = {kSpecialPagesFrontCoverKey, kSpecialPagesBackCoverKey, kSpecialPagesInsertListKey,
+                          kSpecialPagesExceptionListKey};
     Ticket ticket;
-    for (const char* key : {kSpecialPagesFrontCoverKey, kSpecialPagesBackCoverKey, kSpecialPagesInsertListKey,
-                            kSpecialPagesExceptionListKey})
+    for (const char* key : keys)
         ticket.set(key, pl::makeString("stale"), kOtherCreator);
     ticket.set("com.talmo.print.Other", pl::makeString("kept"), kOtherCreator);
     SpecialPagesState state;
     ASSERT_EQ(WriteSpecialPagesToTicket(&state, &ticket), noErr);
-    EXPECT_EQ(ticket.size(), 1u);
-    EXPECT_TRUE(ticket.contains("com.talmo.print.Other"));
-}
+    EXPECT_EQ(ticket.keys(), std::vector<std::string>{"com.talmo.print.Other"});
 
-TEST(SpecialPagesTicket, WritesEveryItem)
-{
-    SpecialPagesState state;
     state.frontCover = cover(kCoverPrintSide1);
     state.backCover = cover(kCoverPrintSide2);
     std::vector<std::unique_ptr<Insert>> inserts;
     inserts.push_back(std::make_unique<Insert>());
     ASSERT_EQ(state.inserts.add(inserts), noErr);
-    auto range = std::make_unique<ExceptionPage>();
-    range->setStartPage(2);
-    range->setEndPage(3);
-    ASSERT_EQ(state.exceptions.add(std::vector<const SpecialPage*>{range.get()}), noErr);
-
-    Ticket ticket;
+    ASSERT_EQ(state.exceptions.add(std::vector<const SpecialPage*>{std::make_unique<ExceptionPage>().get()}), noErr);
     ASSERT_EQ(WriteSpecialPagesToTicket(&state, &ticket), noErr);
     EXPECT_TRUE(pl::equal(ticket.get(kSpecialPagesFrontCoverKey), state.frontCover->asTicket()));
     EXPECT_TRUE(pl::equal(ticket.get(kSpecialPagesBackCoverKey), state.backCover->asTicket()));
     EXPECT_TRUE(pl::equal(ticket.get(kSpecialPagesInsertListKey), state.inserts.asTicket()));
     EXPECT_TRUE(pl::equal(ticket.get(kSpecialPagesExceptionListKey), state.exceptions.asTicket()));
-    for (const char* key : {kSpecialPagesFrontCoverKey, kSpecialPagesBackCoverKey, kSpecialPagesInsertListKey,
-                            kSpecialPagesExceptionListKey})
+    for (const char* key : keys)
         EXPECT_EQ(ticket.creatorOf(key), "com.talmo.print") << key;
-}
 
-TEST(SpecialPagesTicket, LockedItemStopsTheWholeWrite)
-{
-    SpecialPagesState state;
-    state.frontCover = cover(kCoverPrintSide1);
-    Ticket ticket;
-    ticket.set(kSpecialPagesInsertListKey, pl::makeString("stale"), kOtherCreator);
-    ticket.set(kSpecialPagesBackCoverKey, pl::makeDict(), kOtherCreator, true);
-    EXPECT_EQ(WriteSpecialPagesToTicket(&state, &ticket), kPMTicketItemLocked);
-    EXPECT_FALSE(ticket.contains(kSpecialPagesFrontCoverKey));
-    EXPECT_TRUE(ticket.contains(kSpecialPagesInsertListKey));
+    // One locked item stops the whole write.
+    Ticket locked;
+    locked.set(kSpecialPagesBackCoverKey, pl::makeDict(), kOtherCreator, true);
+    EXPECT_EQ(WriteSpecialPagesToTicket(&state, &locked), kPMTicketItemLocked);
+    EXPECT_EQ(locked.size(), 1u);
+    EXPECT_EQ(WriteSpecialPagesToTicket(nullptr, &ticket), paramErr);
+    EXPECT_EQ(WriteSpecialPagesToTicket(&state, nullptr), paramErr);
+    EXPECT_EQ(ReadSpecialPagesFromTicket(nullptr, &ticket), paramErr);
+    EXPECT_EQ(ReadSpecialPagesFromTicket(&state, nullptr), paramErr);
 }
 
 TEST(SpecialPagesTicket, BookletWithEqualCoversStoresOnlyTheFront)
@@ -105,80 +78,6 @@ TEST(SpecialPagesTicket, BookletWithEqualCoversStoresOnlyTheFront)
         EXPECT_EQ(ticket.contains(kSpecialPagesBackCoverKey), c.backStored)
             << "booklet " << c.booklet << " back sides " << c.backSides;
     }
-}
-
-TEST(SpecialPagesTicket, ReadingWithBookletMakesTheBackACloneOfTheFront)
-{
-    Ticket ticket;
-    ticket.set(kSpecialPagesFrontCoverKey, cover(kCoverPrintSide1And2, 10)->asTicket(), kOtherCreator);
-    ticket.set(kSpecialPagesBackCoverKey, cover(kCoverPrintSide2)->asTicket(), kOtherCreator);
-
-    SpecialPagesState state;
-    ticket.set(kBooklet, pl::makeBool(true), kOtherCreator);
-    ASSERT_EQ(ReadSpecialPagesFromTicket(&state, &ticket), noErr);
-    ASSERT_NE(state.frontCover, nullptr);
-    ASSERT_NE(state.backCover, nullptr);
-    EXPECT_NE(state.backCover.get(), state.frontCover.get());
-    EXPECT_TRUE(*state.backCover == *state.frontCover);
-
-    ticket.set(kBooklet, pl::makeBool(false), kOtherCreator);
-    ASSERT_EQ(ReadSpecialPagesFromTicket(&state, &ticket), noErr);
-    EXPECT_EQ(state.backCover->sidesImaged(), kCoverPrintSide2);
-
-    // Booklet layout without a front cover: no back cover either.
-    ticket.remove(kSpecialPagesFrontCoverKey);
-    ticket.set(kBooklet, pl::makeBool(true), kOtherCreator);
-    ASSERT_EQ(ReadSpecialPagesFromTicket(&state, &ticket), noErr);
-    EXPECT_EQ(state.frontCover, nullptr);
-    EXPECT_EQ(state.backCover, nullptr);
-}
-
-TEST(SpecialPagesTicket, ReadingAppliesTheListsOrderingRules)
-{
-    Ticket ticket;
-    auto inserts = pl::makeArray();
-    for (int64_t s : {9, 3, 5}) {
-        auto d = pl::makeDict();
-        d->setInt("StartPage", s);
-        inserts->append(d);
-    }
-    inserts->append(pl::makeString("not a record"));
-    ticket.set(kSpecialPagesInsertListKey, inserts, kOtherCreator);
-    auto exceptions = pl::makeArray();
-    exceptions->append(exceptionDict(1, 10));
-    exceptions->append(exceptionDict(4, 5));
-    exceptions->append(exceptionDict(20, 12)); // ends before it starts: skipped
-    exceptions->append(pl::makeDict());        // 0-0
-    ticket.set(kSpecialPagesExceptionListKey, exceptions, kOtherCreator);
-    auto jobStock = pl::makeDict();
-    jobStock->setInt("Source", 10);
-    ticket.set("com.talmo.print.JobLevelStock", jobStock, kOtherCreator);
-
-    SpecialPagesState state;
-    state.frontCover = cover(kCoverPrintSide1);
-    ASSERT_EQ(ReadSpecialPagesFromTicket(&state, &ticket), noErr);
-    EXPECT_EQ(state.frontCover, nullptr); // replaced wholesale
-    EXPECT_EQ(starts(state.inserts), (std::vector<int32_t>{3, 5, 9}));
-    EXPECT_EQ(starts(state.exceptions), (std::vector<int32_t>{0, 1, 4, 6}));
-    ASSERT_NE(state.jobStock, nullptr);
-    EXPECT_EQ(state.jobStock->source(), 10);
-
-    // Lists of another type read as empty; the job stock goes when its key does.
-    ticket.set(kSpecialPagesInsertListKey, pl::makeString("x"), kOtherCreator);
-    ticket.remove("com.talmo.print.JobLevelStock");
-    ASSERT_EQ(ReadSpecialPagesFromTicket(&state, &ticket), noErr);
-    EXPECT_EQ(state.inserts.count(), 0);
-    EXPECT_EQ(state.jobStock, nullptr);
-}
-
-TEST(SpecialPagesTicket, NullArgumentsAreRefused)
-{
-    SpecialPagesState state;
-    Ticket ticket;
-    EXPECT_EQ(WriteSpecialPagesToTicket(nullptr, &ticket), paramErr);
-    EXPECT_EQ(WriteSpecialPagesToTicket(&state, nullptr), paramErr);
-    EXPECT_EQ(ReadSpecialPagesFromTicket(nullptr, &ticket), paramErr);
-    EXPECT_EQ(ReadSpecialPagesFromTicket(&state, nullptr), paramErr);
 }
 
 TEST(SpecialPagesUndo, RestoresThePreviousStateOnceOnly)

@@ -53,23 +53,3 @@ TEST(StockStrings, EveryKeyOfTheStockTablesAndSummaryHasEnglishText)
     for (const auto& key : needed)
         EXPECT_TRUE(keys.count(key)) << "no English text for " << key;
 }
-
-TEST(StockStrings, TheStockFragmentDefinesNoSharedKey)
-{
-    // A key defined in two fragments would depend on concatenation order.
-    std::map<std::string, int> seen;
-    const std::filesystem::path dir = std::filesystem::path(TALMO_SOURCE_DIR) / "resources/en.lproj/Localizable.d";
-    const std::regex entry(R"re(^"((?:[^"\\]|\\.)*)"\s*=)re");
-    std::ifstream in(dir / "stock.strings");
-    ASSERT_TRUE(in) << "stock.strings missing";
-    const auto all = englishKeys();
-    for (std::string line; std::getline(in, line);) {
-        std::smatch m;
-        if (!std::regex_search(line, m, entry))
-            continue;
-        const std::string key = std::regex_replace(m[1].str(), std::regex(R"(\\(.))"), "$1");
-        EXPECT_EQ(++seen[key], 1) << key << " twice in stock.strings";
-        EXPECT_EQ(all.at(key), std::set<std::string>{"stock.strings"}) << key << " is in other fragments too";
-    }
-    EXPECT_GT(seen.size(), 100u);
-}
