@@ -4,3 +4,6 @@
 
 #include "toolkit/events.h"
 #include "toolkit/interface-description.h"
+#include "toolkit/control-replace.h"
+#include "toolkit/popup-menus.h"
+#include "toolkit/localized-labels.h"
