@@ -41,8 +41,9 @@ struct CustomValueContext {
 OSStatus RunModalCustomValueDialog(const Bundle& bundle, int32_t minimum, int32_t maximum, QString* valueString,
                                    int16_t* value, QWidget* parent = nullptr);
 
-// Finds the controls, localizes them, limits the field and connects the buttons; -9530 when a
-// control is missing.
+// Finds the controls, localizes them, limits the field and connects the buttons (the window's
+// command handler refers to `context`, which must outlive the window); -9530 when a control is
+// missing.
 OSStatus InitializeCustomValue(const Bundle& bundle, CustomValueContext& context, const QString& startText);
 // On OK copies the field into the outputs.
 void FinalizeCustomValue(const CustomValueContext& context, bool accepted, QString* valueString, int16_t* value);

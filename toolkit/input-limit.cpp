@@ -40,9 +40,13 @@ QValidator::State LimitInputEventHandler::validate(QString& input, int&) const
 {
     if (input.size() > maximumLength_)
         return Invalid;
-    for (QChar c : input)
-        if (!allowed_.contains(c))
+    for (qsizetype i = 0; i < input.size(); ++i) {
+        if (!allowed_.contains(input[i]))
             return Invalid;
+        // A sign only leads, and only when the range has negative numbers.
+        if (input[i] == u'-' && (i > 0 || minimum_ >= 0))
+            return Invalid;
+    }
     if (auto value = integerValue(input)) {
         // More digits move a number away from zero: a positive one past the maximum, or a
         // negative one past the minimum, can no longer be typed back into the range.

@@ -2,7 +2,7 @@
 //
 // The two limits are the field's value range. The field takes at most as many characters as
 // the wider limit has (CountDigits, plus the sign of a negative limit), refuses any character
-// outside `allowed`, and refuses an edit that makes a positive number above the maximum or a
+// outside `allowed` and a "-" that does not lead or that the range has no use for, and refuses an edit that makes a positive number above the maximum or a
 // negative one below the minimum (typing more digits could not bring it back). A number on
 // the near side of zero ("25" of 60..300, "-1" of -20..-10) is let through while typing; the
 // dialog checks the range on OK.

@@ -77,7 +77,9 @@ QString FormatLocalized(const QString& format, FormatArgs args)
         if (arg && QStringView(u"diuxX").contains(conversion)) {
             if (const int64_t* v = std::get_if<int64_t>(&arg->value)) {
                 if (conversion == u'x' || conversion == u'X') {
-                    text = QString::number(uint64_t(*v), 16);
+                    // As printf shows a 32-bit int: -1 is "ffffffff".
+                    const bool narrow = *v >= INT32_MIN && *v <= INT32_MAX;
+                    text = QString::number(narrow ? uint64_t(uint32_t(*v)) : uint64_t(*v), 16);
                     if (conversion == u'X')
                         text = text.toUpper();
                 } else {

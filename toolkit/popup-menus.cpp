@@ -69,9 +69,11 @@ int32_t PopulateMenuFromMap(const Bundle& bundle, QMenu* menu, const SettingMap*
         QAction* action = nullptr;
         if (item.separator)
             action = menu->addSeparator();
-        else if (item.command)
-            menu->addAction(action = CommandAction(QString::fromStdString(item.label), item.command, window));
-        else
+        else if (item.command) {
+            action = CommandAction(QString::fromStdString(item.label), item.command, window);
+            action->setParent(menu); // the menu's own, so that clearing the menu deletes it
+            menu->addAction(action);
+        } else
             action = menu->addAction(QString::fromStdString(item.label));
         action->setData(item.reference);
     }

@@ -37,6 +37,7 @@ TEST_F(ToolkitTest, InputLimiterRefusesTypedAndPastedTextBeyondItsLimits)
         {0, 99999, "", "123456", ""},                                // a paste too long is refused, not cut
         {-50, 10, "-", "51", "-"},                                   // below a negative minimum
         {-50, 10, "-4", "9", "-49"},   {-20, -10, "-1", "5", "-15"}, // on the way to a negative range
+        {-50, 10, "5-", "", "5"},      {60, 300, "-", "", ""},       // a sign only leads, where the range has one
     };
     for (const Case& c : cases) {
         QLineEdit field;
