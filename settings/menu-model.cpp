@@ -61,6 +61,7 @@ int32_t PopulatePopupButtonFromMapAndHistory(const Bundle& bundle, PopupButtonMo
             MenuItem item;
             item.label = text;
             item.command = historyCommand;
+            item.history = true;
             popup.menu.items.insert(popup.menu.items.begin() + static_cast<std::ptrdiff_t>(at++), std::move(item));
             ++count;
         }

@@ -19,6 +19,7 @@ struct MenuItem {
     uint32_t command = 0;
     int32_t reference = 0; // ticket value; history items carry 0
     bool separator = false;
+    bool history = false; // an input history string, not a row of the map
 };
 
 struct MenuModel {
