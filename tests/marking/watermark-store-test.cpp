@@ -1,4 +1,4 @@
-// Watermark records, their file and the watermark menu.
+// Watermark records, their file, the watermark menu, and talmo watermark as a user runs it.
 #include "marking/marking.h"
 
 #include "marking-test.h"
@@ -117,6 +117,27 @@ TEST_F(WatermarkStore, EntriesListAndFontsShareTheFileByKey)
     ASSERT_TRUE(loadFontData(kWatermarksFile, "DejaVuSans", data));
     EXPECT_EQ(data, std::string("prior%!PS\0x", 11));
     EXPECT_FALSE(loadFontData(kWatermarksFile, "Absent", data));
+}
+
+using WatermarkCommand = MarkingHome;
+
+// As the panel does, the defaults are made for an empty list only: a user's list stays.
+TEST_F(WatermarkCommand, CreateDefaultsFillsOnlyAnEmptyList)
+{
+    const std::string bundle = root_ + "/Test.plugin";
+    std::filesystem::create_directories(bundle + "/Resources/en.lproj");
+    writeText(
+        bundle + "/Resources/en.lproj/Localizable.strings",
+        "\"DraftWatermark\" = \"Draft\";\n\"ConfidentialWatermark\" = \"Secret\";\n\"CopyWatermark\" = \"Copy\";\n");
+    const std::string env = "TALMO_BUNDLE_DIR=" + bundle;
+    auto o = runTalmo("watermark create-defaults", env);
+    ASSERT_EQ(o.status, 0) << o.err;
+    EXPECT_EQ(runTalmo("watermark list").out, "Draft\nSecret\nCopy\n");
+
+    ASSERT_TRUE(saveWatermarkList(kWatermarksFile, {"Mine"}));
+    o = runTalmo("watermark create-defaults", env);
+    EXPECT_EQ(o.status, 0) << o.err;
+    EXPECT_EQ(runTalmo("watermark list").out, "Mine\n");
 }
 
 // Names follow the first row with command "TWmW" and their list index; "Options" has its submenu.
