@@ -119,6 +119,28 @@ TEST_F(WatermarkStore, EntriesListAndFontsShareTheFileByKey)
     EXPECT_FALSE(loadFontData(kWatermarksFile, "Absent", data));
 }
 
+// A file that cannot be read is set aside before any writer replaces it, never over an earlier one.
+TEST_F(WatermarkStore, UnreadableFileIsSetAsideBeforeTheNextWrite)
+{
+    const std::string damaged[] = {"<plist><dict><key>A</key>", "<plist><array/></plist>", "\x89PNG"};
+    const std::function<bool()> writers[] = {[] { return saveWatermarkList(kWatermarksFile, {"A"}); },
+                                             [] { return saveWatermarkData(kWatermarksFile, sample()); },
+                                             [] { return storeFontData(kWatermarksFile, "F", "%!"); }};
+    std::filesystem::create_directories(makerFolder());
+    const std::string path = watermarkFilePath();
+    const std::string asides[] = {path + ".damaged", path + ".damaged-2", path + ".damaged-3"};
+    for (size_t i = 0; i < 3; ++i) {
+        writeText(path, damaged[i]);
+        testing::internal::CaptureStderr();
+        EXPECT_TRUE(writers[i]());
+        const std::string err = testing::internal::GetCapturedStderr();
+        EXPECT_NE(err.find(path + " cannot be read; set aside as " + asides[i] + ","), std::string::npos) << err;
+        EXPECT_TRUE(fileDictionary()) << "a new file";
+        for (size_t j = 0; j <= i; ++j)
+            EXPECT_EQ(readText(asides[j]), damaged[j]);
+    }
+}
+
 using WatermarkCommand = MarkingHome;
 
 // As the panel does, the defaults are made for an empty list only: a user's list stays.
