@@ -28,6 +28,16 @@ using CairoPtr = std::unique_ptr<cairo_t, Deleter<cairo_destroy>>;
 using LayoutPtr = std::unique_ptr<PangoLayout, Deleter<g_object_unref>>;
 using FontDescriptionPtr = std::unique_ptr<PangoFontDescription, Deleter<pango_font_description_free>>;
 
+// What a record from the file can ask of the drawing is brought into range before any
+// conversion. The drawing point is 16.16 fixed point as designed, so it stays within the range
+// that format holds; pango measures in 1/1024 points in 32-bit integers, so a line of 511 wide
+// glyphs must stay below 2^31 units; a picture may grow a hundredfold.
+constexpr double kMaxFixed = 32767.0;
+constexpr int32_t kMaxFontSize = 2048;
+constexpr int32_t kMaxScale = 10000;
+
+double clampFixed(double v) { return std::isfinite(v) ? std::clamp(v, -kMaxFixed, kMaxFixed) : 0.0; }
+
 bool reallocResize(MemoryConsumerInfo& info, size_t newSize)
 {
     void* grown = std::realloc(info.block, newSize);
@@ -58,7 +68,8 @@ FontDescriptionPtr describeFont(std::string_view postScriptName, int32_t fontSiz
     }
     if (!description)
         description.reset(pango_font_description_from_string("Sans"));
-    pango_font_description_set_absolute_size(description.get(), double(std::max(fontSize, 1)) * PANGO_SCALE);
+    pango_font_description_set_absolute_size(description.get(),
+                                             double(std::clamp(fontSize, 1, kMaxFontSize)) * PANGO_SCALE);
     return description;
 }
 
@@ -72,8 +83,8 @@ void drawPicture(cairo_t* cr, const PageRect& page, const _WatermarkData& r, dou
     const double imageHeight = cairo_image_surface_get_height(image.get());
     if (imageWidth <= 0 || imageHeight <= 0 || r.scale <= 0)
         return;
-    const double width = imageWidth * r.scale / 100.0;
-    const double height = imageHeight * r.scale / 100.0;
+    const double width = imageWidth * std::min(r.scale, kMaxScale) / 100.0;
+    const double height = imageHeight * std::min(r.scale, kMaxScale) / 100.0;
     const double x = page.midX() - width / 2;
     const double y = page.midY() - height / 2;
     cairo_save(cr);
@@ -97,7 +108,7 @@ void drawText(cairo_t* cr, const PageRect& page, _WatermarkData& r, double alpha
     // The image rectangle of the rotated text around the drawing point (the first line's
     // baseline start), as drawn: the ink of a recording, widened to whole points.
     const double baseline = double(pango_layout_get_baseline(layout.get())) / PANGO_SCALE;
-    const double theta = r.angle * M_PI / 180.0;
+    const double theta = (r.angle % 360) * M_PI / 180.0;
     CairoSurfacePtr recording(cairo_recording_surface_create(CAIRO_CONTENT_ALPHA, nullptr));
     double inkLeft = 0, inkTop = 0, inkRight = 0, inkBottom = 0;
     {
@@ -109,14 +120,18 @@ void drawText(cairo_t* cr, const PageRect& page, _WatermarkData& r, double alpha
         cairo_identity_matrix(probe.get()); // extents of the rotated outlines, not of their box
         cairo_fill_extents(probe.get(), &inkLeft, &inkTop, &inkRight, &inkBottom);
     }
-    const double inkX = inkLeft, inkY = inkTop, inkWidth = inkRight - inkLeft, inkHeight = inkBottom - inkTop;
-    const int64_t left = int64_t(std::floor(inkX)), right = int64_t(std::ceil(inkX + inkWidth));
-    const int64_t top = int64_t(std::floor(inkY)), bottom = int64_t(std::ceil(inkY + inkHeight));
+    const int64_t left = int64_t(std::floor(clampFixed(inkLeft))), right = int64_t(std::ceil(clampFixed(inkRight)));
+    const int64_t top = int64_t(std::floor(clampFixed(inkTop))), bottom = int64_t(std::ceil(clampFixed(inkBottom)));
 
     // The drawing point in 16.16, y upwards from the page's bottom edge; the halves truncate.
+    // Every term is within the fixed range, so the sums cannot overflow; the result is brought
+    // back into it.
     const double midYUp = page.height / 2;
-    const int64_t xFixed = toFixed(r.xOffset * 72.0 + page.midX()) - ((left + right) / 2) * 65536;
-    const int64_t yFixed = toFixed(r.yOffset * 72.0 + midYUp) + ((top + bottom) / 2) * 65536;
+    const int64_t maxFixed = toFixed(kMaxFixed);
+    const int64_t xFixed = std::clamp(
+        toFixed(clampFixed(r.xOffset * 72.0 + page.midX())) - ((left + right) / 2) * 65536, -maxFixed, maxFixed);
+    const int64_t yFixed =
+        std::clamp(toFixed(clampFixed(r.yOffset * 72.0 + midYUp)) + ((top + bottom) / 2) * 65536, -maxFixed, maxFixed);
     const double x = fromFixed(xFixed), yUp = fromFixed(yFixed);
     const double yDown = page.y + page.height - yUp;
 
@@ -241,7 +256,7 @@ void MemoryProviderReleaseInfo(void* opaque) { delete static_cast<MemoryProvider
 
 bool RenderWatermarkPDF(_WatermarkData* record, double paperWidth, double paperHeight, MemoryConsumerInfo& consumer)
 {
-    if (!(paperWidth > 0) || !(paperHeight > 0))
+    if (!(paperWidth > 0 && paperWidth <= kMaxFixed) || !(paperHeight > 0 && paperHeight <= kMaxFixed))
         return false;
     if (record) {
         record->paperWidth = paperWidth;

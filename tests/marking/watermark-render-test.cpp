@@ -132,6 +132,22 @@ TEST_F(WatermarkPreview, PicturesAreScaledCentredAndOpaque)
     }
 }
 
+// Hostile values are clamped before any conversion: the drawing point stays within 16.16.
+TEST_F(WatermarkPreview, HostileValuesAreClampedBeforeDrawing)
+{
+    for (auto [xOffset, fontSize, angle] :
+         {std::tuple{1e38f, 72, 0}, {-1e38f, INT32_MAX, INT32_MIN}, {0.0f, INT32_MAX, 45}}) {
+        SCOPED_TRACE(testing::Message() << xOffset << " " << fontSize);
+        auto r = textRecord("Draft");
+        std::tie(r.xOffset, r.yOffset, r.fontSize, r.angle) = std::tuple(xOffset, -xOffset, fontSize, angle);
+        testing::internal::CaptureStderr();
+        render(&r);
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "no complaint from the text layout";
+        EXPECT_EQ(r.glyphCount, 5);
+        EXPECT_TRUE(std::fabs(r.xPos) <= 32767 && std::fabs(r.yPos) <= 32767) << r.xPos << ", " << r.yPos;
+    }
+}
+
 TEST_F(WatermarkPreview, DrawingRecordsTheGlyphsAndSavesOnlyWhenTheFirstGlyphChanges)
 {
     auto r = textRecord("Draft");
