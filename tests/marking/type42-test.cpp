@@ -147,6 +147,25 @@ TEST_F(ConvertFont, StoresATypeFortyTwoSubsetNamedAfterTheFont)
     EXPECT_TRUE(rendersLikeTrueType(program, "TL-DejaVuSans-TL", kDejaVu, "DejaVuSans", "(Draft) show"));
 }
 
+// Unsubsettable fonts go whole under their own name; names are checked; no CFF; failures add nothing.
+TEST(FontProgram, SubsetOrWholeFontUnderACheckedName)
+{
+    const std::string tiny = dataPath("tiny-post2.ttf"), whole = dataPath("name-records-past-end.ttf");
+    for (auto [path, ownName, fontName, status, fontNameLine] :
+         {std::tuple{whole, "TinyWhole", "Tiny", FontConvertStatus::Stored, "/FontName /TinyWhole def\n"},
+          {whole, "Tiny)Whole", "Tiny", FontConvertStatus::BadName, ""},
+          {tiny, "Tiny", "Tiny Bold", FontConvertStatus::BadName, ""},
+          {dataPath("cff-outlines.otf"), "Tiny", "Tiny", FontConvertStatus::NotTrueType, ""},
+          {dataPath("malformed/head-bad-magic.ttf"), "Tiny", "Tiny", FontConvertStatus::ConversionFailed, ""}}) {
+        SCOPED_TRACE(path + " " + ownName + " " + fontName);
+        std::string program = "%prior\n";
+        EXPECT_EQ(makeFontProgram({path, 0, ownName, "", ""}, fontName, {1}, program).status, status);
+        const size_t at = program.find("/FontName");
+        EXPECT_EQ(at == std::string::npos ? "" : program.substr(at, program.find('\n', at) + 1 - at), fontNameLine);
+        EXPECT_EQ(program.rfind("%prior\n", 0), 0u);
+    }
+}
+
 // A stop writes nothing (a partial program would be a broken font) and the old file stays.
 TEST(Type42Command, WritesTheProgramOrNothingWithTheExitStatus)
 {
