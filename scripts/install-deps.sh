@@ -8,7 +8,8 @@ PKGS="build-essential cmake ninja-build ccache pkg-config clang libclang-rt-14-d
  libplist-dev libplist-utils
  libfontconfig-dev libharfbuzz-dev libcairo2-dev libpango1.0-dev fonts-dejavu-core
  ghostscript poppler-utils fonts-liberation fonts-noto-core
- qt6-base-dev qt6-tools-dev libqt6opengl6-dev libxkbcommon-dev libqpdf-dev qpdf xvfb xauth librsvg2-bin libgdk-pixbuf-2.0-dev"
+ qt6-base-dev qt6-tools-dev libqt6opengl6-dev libxkbcommon-dev libqpdf-dev qpdf xvfb xauth librsvg2-bin libgdk-pixbuf-2.0-dev
+ libgdk-pixbuf-2.0-0"
 missing=""
 for p in $PKGS; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing="$missing $p"

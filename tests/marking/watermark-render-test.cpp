@@ -110,11 +110,15 @@ TEST_F(WatermarkPreview, TextIsCentredOnTheOffsetFromThePageCentre)
     }
 }
 
-// A picture is scaled, centred and opaque, never turned or moved; an unreadable one draws nothing.
-TEST_F(WatermarkPreview, PicturesAreScaledCentredAndOpaque)
+// Every format a user drops in, scaled, centred, opaque, never turned or moved; else nothing.
+TEST_F(WatermarkPreview, PicturesOfEveryFormatAreScaledCentredAndOpaque)
 {
-    for (auto [file, drawn] :
-         {std::pair{"pictures/red-400x300.png", true}, {"tiny-post2.ttf", false}, {"gone.png", false}}) {
+    for (auto [file, drawn] : {std::pair{"pictures/red-400x300.png", true},
+                               {"pictures/red-400x300.jpg", true},
+                               {"pictures/red-400x300.tif", true},
+                               {"pictures/red-400x300.gif", true},
+                               {"tiny-post2.ttf", false},
+                               {"gone.png", false}}) {
         SCOPED_TRACE(file);
         _WatermarkData r;
         setWatermarkText(r.filename, "picture");
