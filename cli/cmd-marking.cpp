@@ -129,6 +129,12 @@ int watermark(const std::vector<std::string>& args)
         return 0;
     }
     if (verb == "create-defaults" && args.size() == 2) {
+        // As the panel does: defaults only for an empty list, never over the user's own.
+        if (size_t count = loadWatermarkList(kWatermarksFile); count > 0) {
+            std::printf("the watermark list already holds %zu name%s; no defaults created\n", count,
+                        count == 1 ? "" : "s");
+            return 0;
+        }
         Bundle* bundle = ExtensionBundle();
         if (!bundle)
             return cli::fail("the default texts come from the extension bundle: set TALMO_BUNDLE_DIR");

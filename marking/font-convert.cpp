@@ -1,5 +1,6 @@
 #include "marking/font-convert.h"
 
+#include "marking/sfnt.h"
 #include "marking/type42.h"
 
 #include <fontconfig/fontconfig.h>
@@ -149,6 +150,41 @@ std::string subsetFont(const FontFile& font, const std::vector<uint16_t>& glyphI
     return std::string(data ? data : "", data ? length : 0);
 }
 
+FontConvertResult makeFontProgram(const FontFile& font, std::string_view fontName,
+                                  const std::vector<uint16_t>& glyphIds, std::string& program)
+{
+    HbPtr<hb_blob_t> blob(hb_blob_create_from_file_or_fail(font.path.c_str()));
+    unsigned length = 0;
+    const char* bytes = blob ? hb_blob_get_data(blob.get(), &length) : nullptr;
+    if (!bytes)
+        return {FontConvertStatus::Unreadable, font.path + ": cannot be read"};
+    const std::string_view file(bytes, length);
+    if (isCff(file))
+        return {FontConvertStatus::NotTrueType, font.path + ": PostScript (CFF) outlines; only TrueType outlines "
+                                                            "convert to Type 42"};
+
+    // Both names are written into the program, so both must be plain PostScript names.
+    std::string why;
+    std::string data = subsetFont(font, glyphIds, &why);
+    std::string name = "TL-" + std::string(fontName) + "-TL";
+    if (data.empty()) {
+        // Where the font cannot be subset, the whole font under its own name.
+        if (file.substr(0, 4) == "ttcf")
+            return {FontConvertStatus::SubsetFailed, why + "; a font collection cannot be embedded whole"};
+        data.assign(file);
+        name = font.postScriptName;
+    }
+    if (!sfnt::isPostScriptName(name))
+        return {FontConvertStatus::BadName, font.path + ": \"" + name + "\" is not a PostScript name"};
+
+    std::string out;
+    auto result = convertTTFtoPS42({reinterpret_cast<const uint8_t*>(data.data()), data.size()}, name, out);
+    if (!result.complete())
+        return {FontConvertStatus::ConversionFailed, font.path + ": " + result.detail};
+    program += out;
+    return {};
+}
+
 FontConvertResult convertFont(const _WatermarkData& record)
 {
     const std::string fontName(watermarkText(record.fontName));
@@ -157,27 +193,11 @@ FontConvertResult convertFont(const _WatermarkData& record)
     if (!font)
         return {FontConvertStatus::NotFound, why};
 
-    HbPtr<hb_blob_t> blob(hb_blob_create_from_file_or_fail(font->path.c_str()));
-    unsigned length = 0;
-    const char* head = blob ? hb_blob_get_data(blob.get(), &length) : nullptr;
-    if (!head)
-        return {FontConvertStatus::Unreadable, font->path + ": cannot be read"};
-    if (isCff(std::string_view(head, length)))
-        return {FontConvertStatus::NotTrueType, font->path + ": PostScript (CFF) outlines; only TrueType outlines "
-                                                             "convert to Type 42"};
-
     size_t count = std::min<size_t>(record.glyphCount < 0 ? 0 : size_t(record.glyphCount), record.glyphs.size());
     std::vector<uint16_t> ids(record.glyphs.begin(), record.glyphs.begin() + ptrdiff_t(count));
-    std::string subset = subsetFont(*font, ids, &why);
-    if (subset.empty())
-        return {FontConvertStatus::SubsetFailed, why};
-
     std::string program;
-    const std::string subsetName = "TL-" + fontName + "-TL";
-    auto result =
-        convertTTFtoPS42({reinterpret_cast<const uint8_t*>(subset.data()), subset.size()}, subsetName, program);
-    if (!result.complete())
-        return {FontConvertStatus::ConversionFailed, font->path + ": " + result.detail};
+    if (auto made = makeFontProgram(*font, fontName, ids, program); !made.ok())
+        return made;
     if (!storeFontData(kWatermarksFile, fontName, program))
         return {FontConvertStatus::WriteFailed, "the watermark file could not be written"};
     return {};

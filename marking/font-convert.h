@@ -28,7 +28,16 @@ std::optional<FontFile> findFontByPostScriptName(std::string_view name, std::str
 // The substitute's PostScript name for a core name, or nothing.
 std::optional<std::string_view> metricCompatibleSubstitute(std::string_view name);
 
-enum class FontConvertStatus { Stored, NotFound, Unreadable, NotTrueType, SubsetFailed, ConversionFailed, WriteFailed };
+enum class FontConvertStatus {
+    Stored,
+    NotFound,
+    Unreadable,
+    NotTrueType,
+    SubsetFailed,
+    BadName, // the name the program would carry is not a plain PostScript name
+    ConversionFailed,
+    WriteFailed
+};
 
 struct FontConvertResult {
     FontConvertStatus status = FontConvertStatus::Stored;
@@ -36,10 +45,16 @@ struct FontConvertResult {
     bool ok() const { return status == FontConvertStatus::Stored; }
 };
 
-// The record's font, subset to its glyphs (glyph names kept) and named "TL-<fontName>-TL",
-// converted to Type 42 and stored under fontName in the watermark file. CFF-based fonts are
-// refused before conversion. Nothing is stored on any failure.
+// The record's font as a Type 42 program (makeFontProgram), stored under fontName in the
+// watermark file. Nothing is stored on any failure.
 FontConvertResult convertFont(const _WatermarkData& record);
+
+// Appends the Type 42 program of `font` to `program`: its subset to `glyphIds` (glyph names
+// kept) named "TL-<fontName>-TL", or, where the font cannot be subset, the whole font under its
+// own PostScript name. Either name must be a plain PostScript name, since it is written into the
+// program. CFF-based fonts are refused before conversion; on any failure nothing is appended.
+FontConvertResult makeFontProgram(const FontFile& font, std::string_view fontName,
+                                  const std::vector<uint16_t>& glyphIds, std::string& program);
 
 // The subset alone (for tests and the command line): TrueType bytes, or empty on failure.
 std::string subsetFont(const FontFile& font, const std::vector<uint16_t>& glyphIds, std::string* why = nullptr);

@@ -6,8 +6,10 @@
 #include <cairo.h>
 #include <fontconfig/fontconfig.h>
 #include <fontconfig/fcfreetype.h>
+#include <gdk-pixbuf/gdk-pixbuf.h>
 #include <pango/pangocairo.h>
 #include <pango/pangofc-fontmap.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cmath>
@@ -27,6 +29,22 @@ using CairoSurfacePtr = std::unique_ptr<cairo_surface_t, Deleter<cairo_surface_d
 using CairoPtr = std::unique_ptr<cairo_t, Deleter<cairo_destroy>>;
 using LayoutPtr = std::unique_ptr<PangoLayout, Deleter<g_object_unref>>;
 using FontDescriptionPtr = std::unique_ptr<PangoFontDescription, Deleter<pango_font_description_free>>;
+using PixbufPtr = std::unique_ptr<GdkPixbuf, Deleter<g_object_unref>>;
+using LoaderPtr = std::unique_ptr<GdkPixbufLoader, Deleter<g_object_unref>>;
+
+// What a record from the file can ask of the drawing is brought into range before any
+// conversion. The drawing point is 16.16 fixed point as designed, so it stays within the range
+// that format holds; pango measures in 1/1024 points in 32-bit integers, so a line of 511 wide
+// glyphs must stay below 2^31 units; a picture may grow a hundredfold.
+constexpr double kMaxFixed = 32767.0;
+constexpr int32_t kMaxFontSize = 2048;
+constexpr int32_t kMaxScale = 10000;
+// Pictures are decoded only when their header promises a size cairo can hold and memory allows.
+constexpr int kMaxPictureSide = 32767;
+constexpr int64_t kMaxPicturePixels = int64_t(1) << 26;
+constexpr size_t kMaxPictureBytes = size_t(256) << 20;
+
+double clampFixed(double v) { return std::isfinite(v) ? std::clamp(v, -kMaxFixed, kMaxFixed) : 0.0; }
 
 bool reallocResize(MemoryConsumerInfo& info, size_t newSize)
 {
@@ -58,27 +76,111 @@ FontDescriptionPtr describeFont(std::string_view postScriptName, int32_t fontSiz
     }
     if (!description)
         description.reset(pango_font_description_from_string("Sans"));
-    pango_font_description_set_absolute_size(description.get(), double(std::max(fontSize, 1)) * PANGO_SCALE);
+    pango_font_description_set_absolute_size(description.get(),
+                                             double(std::clamp(fontSize, 1, kMaxFontSize)) * PANGO_SCALE);
     return description;
+}
+
+// The gdk-pixbuf loader of the formats a user drops in, known by their leading bytes: gdk-pixbuf's
+// own sniffing needs the shared MIME database, which a bare XDG_DATA_DIRS hides. Other formats
+// are left to that sniffing.
+const char* pictureType(std::string_view head)
+{
+    using namespace std::string_view_literals;
+    if (head.starts_with("\x89PNG"sv))
+        return "png";
+    if (head.starts_with("\xFF\xD8\xFF"sv))
+        return "jpeg";
+    if (head.starts_with("GIF8"sv))
+        return "gif";
+    if (head.starts_with("II*\0"sv) || head.starts_with("MM\0*"sv))
+        return "tiff";
+    return nullptr;
+}
+
+// Called once the header is read, before any pixel memory is taken: a size of 0 x 0 asks the
+// decoder to stop.
+void refuseHugePictures(GdkPixbufLoader* loader, int width, int height, gpointer refused)
+{
+    if (width <= 0 || height <= 0 || width > kMaxPictureSide || height > kMaxPictureSide ||
+        int64_t(width) * height > kMaxPicturePixels) {
+        *static_cast<bool*>(refused) = true;
+        gdk_pixbuf_loader_set_size(loader, 0, 0);
+    }
+}
+
+// The picture as a cairo image through gdk-pixbuf (PNG, JPEG, TIFF, GIF and whatever loaders
+// are installed), upright by its EXIF orientation. Only regular files of sane size are read, so
+// a FIFO cannot hang the dialog nor a small file claim gigabytes of pixels.
+CairoSurfacePtr loadPicture(const std::string& path)
+{
+    struct stat st;
+    std::string bytes;
+    if (::stat(path.c_str(), &st) != 0 || !S_ISREG(st.st_mode) || !ReadFileBytes(path, bytes, kMaxPictureBytes))
+        return nullptr;
+    GError* error = nullptr;
+    const char* type = pictureType(bytes);
+    LoaderPtr loader(type ? gdk_pixbuf_loader_new_with_type(type, &error) : gdk_pixbuf_loader_new());
+    g_clear_error(&error);
+    if (!loader)
+        return nullptr;
+    bool refused = false;
+    g_signal_connect(loader.get(), "size-prepared", G_CALLBACK(refuseHugePictures), &refused);
+    bool loaded =
+        gdk_pixbuf_loader_write(loader.get(), reinterpret_cast<const guchar*>(bytes.data()), bytes.size(), &error);
+    g_clear_error(&error);
+    loaded = gdk_pixbuf_loader_close(loader.get(), &error) && loaded && !refused;
+    g_clear_error(&error);
+    GdkPixbuf* decoded = loaded ? gdk_pixbuf_loader_get_pixbuf(loader.get()) : nullptr; // the loader's
+    if (!decoded)
+        return nullptr;
+    PixbufPtr pixbuf(gdk_pixbuf_apply_embedded_orientation(decoded));
+    if (!pixbuf || gdk_pixbuf_get_bits_per_sample(pixbuf.get()) != 8 ||
+        gdk_pixbuf_get_colorspace(pixbuf.get()) != GDK_COLORSPACE_RGB)
+        return nullptr;
+    const int width = gdk_pixbuf_get_width(pixbuf.get());
+    const int height = gdk_pixbuf_get_height(pixbuf.get());
+    const int channels = gdk_pixbuf_get_n_channels(pixbuf.get());
+    const bool alpha = gdk_pixbuf_get_has_alpha(pixbuf.get());
+    if (width <= 0 || height <= 0 || width > kMaxPictureSide || height > kMaxPictureSide || channels != (alpha ? 4 : 3))
+        return nullptr;
+    CairoSurfacePtr image(cairo_image_surface_create(alpha ? CAIRO_FORMAT_ARGB32 : CAIRO_FORMAT_RGB24, width, height));
+    if (cairo_surface_status(image.get()) != CAIRO_STATUS_SUCCESS)
+        return nullptr;
+    // Rows of RGB(A) bytes into native-endian 32-bit pixels, alpha premultiplied as cairo wants.
+    cairo_surface_flush(image.get());
+    const guchar* source = gdk_pixbuf_read_pixels(pixbuf.get());
+    const size_t sourceStride = size_t(gdk_pixbuf_get_rowstride(pixbuf.get()));
+    uint8_t* target = cairo_image_surface_get_data(image.get());
+    const size_t targetStride = size_t(cairo_image_surface_get_stride(image.get()));
+    for (int y = 0; y < height; ++y) {
+        const guchar* in = source + size_t(y) * sourceStride;
+        auto* out = reinterpret_cast<uint32_t*>(target + size_t(y) * targetStride);
+        for (int x = 0; x < width; ++x, in += channels) {
+            const uint32_t a = alpha ? in[3] : 255;
+            auto premultiply = [a](uint32_t c) { return (c * a + 127) / 255; };
+            out[x] = a << 24 | premultiply(in[0]) << 16 | premultiply(in[1]) << 8 | premultiply(in[2]);
+        }
+    }
+    cairo_surface_mark_dirty(image.get());
+    return image;
 }
 
 void drawPicture(cairo_t* cr, const PageRect& page, const _WatermarkData& r, double alpha)
 {
-    std::string path(watermarkText(r.filePath));
-    CairoSurfacePtr image(cairo_image_surface_create_from_png(path.c_str()));
-    if (cairo_surface_status(image.get()) != CAIRO_STATUS_SUCCESS)
+    CairoSurfacePtr image = loadPicture(std::string(watermarkText(r.filePath)));
+    if (!image || r.scale <= 0)
         return;
     const double imageWidth = cairo_image_surface_get_width(image.get());
     const double imageHeight = cairo_image_surface_get_height(image.get());
-    if (imageWidth <= 0 || imageHeight <= 0 || r.scale <= 0)
-        return;
-    const double width = imageWidth * r.scale / 100.0;
-    const double height = imageHeight * r.scale / 100.0;
+    const double scale = std::min(r.scale, kMaxScale) / 100.0;
+    const double width = imageWidth * scale;
+    const double height = imageHeight * scale;
     const double x = page.midX() - width / 2;
     const double y = page.midY() - height / 2;
     cairo_save(cr);
     cairo_translate(cr, x, y);
-    cairo_scale(cr, width / imageWidth, height / imageHeight);
+    cairo_scale(cr, scale, scale);
     cairo_set_source_surface(cr, image.get(), 0, 0);
     cairo_paint_with_alpha(cr, alpha);
     cairo_restore(cr);
@@ -97,7 +199,7 @@ void drawText(cairo_t* cr, const PageRect& page, _WatermarkData& r, double alpha
     // The image rectangle of the rotated text around the drawing point (the first line's
     // baseline start), as drawn: the ink of a recording, widened to whole points.
     const double baseline = double(pango_layout_get_baseline(layout.get())) / PANGO_SCALE;
-    const double theta = r.angle * M_PI / 180.0;
+    const double theta = (r.angle % 360) * M_PI / 180.0;
     CairoSurfacePtr recording(cairo_recording_surface_create(CAIRO_CONTENT_ALPHA, nullptr));
     double inkLeft = 0, inkTop = 0, inkRight = 0, inkBottom = 0;
     {
@@ -109,14 +211,18 @@ void drawText(cairo_t* cr, const PageRect& page, _WatermarkData& r, double alpha
         cairo_identity_matrix(probe.get()); // extents of the rotated outlines, not of their box
         cairo_fill_extents(probe.get(), &inkLeft, &inkTop, &inkRight, &inkBottom);
     }
-    const double inkX = inkLeft, inkY = inkTop, inkWidth = inkRight - inkLeft, inkHeight = inkBottom - inkTop;
-    const int64_t left = int64_t(std::floor(inkX)), right = int64_t(std::ceil(inkX + inkWidth));
-    const int64_t top = int64_t(std::floor(inkY)), bottom = int64_t(std::ceil(inkY + inkHeight));
+    const int64_t left = int64_t(std::floor(clampFixed(inkLeft))), right = int64_t(std::ceil(clampFixed(inkRight)));
+    const int64_t top = int64_t(std::floor(clampFixed(inkTop))), bottom = int64_t(std::ceil(clampFixed(inkBottom)));
 
     // The drawing point in 16.16, y upwards from the page's bottom edge; the halves truncate.
+    // Every term is within the fixed range, so the sums cannot overflow; the result is brought
+    // back into it.
     const double midYUp = page.height / 2;
-    const int64_t xFixed = toFixed(r.xOffset * 72.0 + page.midX()) - ((left + right) / 2) * 65536;
-    const int64_t yFixed = toFixed(r.yOffset * 72.0 + midYUp) + ((top + bottom) / 2) * 65536;
+    const int64_t maxFixed = toFixed(kMaxFixed);
+    const int64_t xFixed = std::clamp(
+        toFixed(clampFixed(r.xOffset * 72.0 + page.midX())) - ((left + right) / 2) * 65536, -maxFixed, maxFixed);
+    const int64_t yFixed =
+        std::clamp(toFixed(clampFixed(r.yOffset * 72.0 + midYUp)) + ((top + bottom) / 2) * 65536, -maxFixed, maxFixed);
     const double x = fromFixed(xFixed), yUp = fromFixed(yFixed);
     const double yDown = page.y + page.height - yUp;
 
@@ -241,7 +347,7 @@ void MemoryProviderReleaseInfo(void* opaque) { delete static_cast<MemoryProvider
 
 bool RenderWatermarkPDF(_WatermarkData* record, double paperWidth, double paperHeight, MemoryConsumerInfo& consumer)
 {
-    if (!(paperWidth > 0) || !(paperHeight > 0))
+    if (!(paperWidth > 0 && paperWidth <= kMaxFixed) || !(paperHeight > 0 && paperHeight <= kMaxFixed))
         return false;
     if (record) {
         record->paperWidth = paperWidth;

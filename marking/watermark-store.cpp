@@ -1,5 +1,9 @@
 #include "marking/watermark.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
@@ -22,11 +26,51 @@ size_t clipUtf8(std::string_view text, size_t limit)
     return end;
 }
 
-// The file's dictionary, or a new one when the file is missing or not a dictionary.
+// Moves a damaged file to "<path>.damaged", or "<path>.damaged-2" and so on: an earlier
+// set-aside file is never replaced. The name used, or nothing when the file could not be moved.
+std::optional<std::string> setAside(const std::string& path)
+{
+    for (int n = 1; n <= 999; ++n) {
+        std::string aside = path + ".damaged" + (n == 1 ? "" : "-" + std::to_string(n));
+        if (::renameat2(AT_FDCWD, path.c_str(), AT_FDCWD, aside.c_str(), RENAME_NOREPLACE) == 0)
+            return aside;
+        if (errno == EINVAL || errno == ENOSYS) {
+            // A file system without RENAME_NOREPLACE: a hard link cannot replace either.
+            if (::link(path.c_str(), aside.c_str()) == 0) {
+                ::unlink(path.c_str());
+                return aside;
+            }
+        }
+        if (errno != EEXIST)
+            return std::nullopt;
+    }
+    return std::nullopt;
+}
+
+// The dictionary a writer updates: the file's, or a new one when there is no file yet. A file
+// that exists but cannot be read as a dictionary would be lost by the next write, so it is set
+// aside first (and said so); when that fails too, null, and nothing is written.
 pl::DictPtr readWatermarkFile(std::string_view file)
 {
-    if (auto dict = pl::as<pl::Dictionary>(CopyXMLData(file)))
+    auto path = CopyPreferenceFileURL(file);
+    struct stat st;
+    const bool exists = path && ::stat(path->c_str(), &st) == 0;
+    if (!path || (!exists && errno == ENOENT)) {
+        if (auto dict = pl::as<pl::Dictionary>(CopyXMLData(file))) // the shipped default, if any
+            return dict;
+        return pl::makeDict();
+    }
+    if (auto dict = exists && S_ISREG(st.st_mode) ? pl::as<pl::Dictionary>(CopyXMLData(file)) : nullptr)
         return dict;
+    auto aside = setAside(*path);
+    if (!aside) {
+        const int error = errno;
+        std::fprintf(stderr, "%s cannot be read and could not be set aside (%s); nothing written\n", path->c_str(),
+                     std::strerror(error));
+        errno = error;
+        return nullptr;
+    }
+    std::fprintf(stderr, "%s cannot be read; set aside as %s, a new one is written\n", path->c_str(), aside->c_str());
     return pl::makeDict();
 }
 
@@ -179,9 +223,10 @@ bool saveWatermarkData(std::string_view file, const _WatermarkData& record)
     if (name == kWatermarkListEntriesKey)
         return false;
     auto root = readWatermarkFile(file);
-    root->set(name, watermarkDictionary(record));
-    int error = 0;
-    if (!writeWatermarkFile(file, root, error)) {
+    int error = root ? 0 : errno;
+    if (root)
+        root->set(name, watermarkDictionary(record));
+    if (!root || !writeWatermarkFile(file, root, error)) {
         std::fprintf(stderr, kRecordWriteFailure, long(error));
         return false;
     }
@@ -191,6 +236,8 @@ bool saveWatermarkData(std::string_view file, const _WatermarkData& record)
 bool removeWatermarkData(std::string_view file, std::string_view name)
 {
     auto root = readWatermarkFile(file);
+    if (!root)
+        return false;
     root->remove(name);
     int error = 0;
     return writeWatermarkFile(file, root, error);
@@ -211,6 +258,8 @@ size_t loadWatermarkList(std::string_view file)
 bool saveWatermarkList(std::string_view file, const std::vector<std::string>& names)
 {
     auto root = readWatermarkFile(file);
+    if (!root)
+        return false;
     auto array = pl::makeArray();
     for (const auto& n : names)
         array->append(pl::makeString(n));
@@ -224,6 +273,8 @@ bool storeFontData(std::string_view file, std::string_view fontName, std::string
     if (fontName == kWatermarkListEntriesKey)
         return false;
     auto root = readWatermarkFile(file);
+    if (!root)
+        return false;
     root->set(fontName, pl::makeData(std::vector<uint8_t>(data.begin(), data.end())));
     int error = 0;
     return writeWatermarkFile(file, root, error);

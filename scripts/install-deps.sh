@@ -6,7 +6,7 @@ PKGS="build-essential cmake ninja-build ccache pkg-config clang libclang-rt-14-d
  clang-format libcups2-dev cups-client cups-ipp-utils cups-ppdc avahi-daemon dbus libxml2-dev libxml2-utils libicu-dev uuid-dev
  googletest libgtest-dev libgmock-dev libbenchmark-dev
  libplist-dev libplist-utils
- libfontconfig-dev libharfbuzz-dev libcairo2-dev libpango1.0-dev fonts-dejavu-core
+ libfontconfig-dev libharfbuzz-dev libcairo2-dev libpango1.0-dev libgdk-pixbuf-2.0-0 fonts-dejavu-core
  ghostscript poppler-utils fonts-liberation fonts-noto-core
  qt6-base-dev qt6-tools-dev libqt6opengl6-dev libxkbcommon-dev libqpdf-dev qpdf xvfb xauth librsvg2-bin netpbm libgdk-pixbuf-2.0-dev"
 missing=""

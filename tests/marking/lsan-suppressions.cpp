@@ -1,6 +1,4 @@
-// fontconfig keeps its configuration and pango/GLib their type registries for the life of the
-// process by design; the leak checker would report them at exit. Our own allocations stay
-// checked.
+// fontconfig's configuration and pango/GLib's type registries live as long as the process by design.
 extern "C" const char* __lsan_default_suppressions()
 {
     return "leak:libfontconfig.so\n"

@@ -1,9 +1,7 @@
+// Watermark records, their file, the watermark menu, and talmo watermark as a user runs it.
 #include "marking/marking.h"
 
-#include "marking-fixture.h"
-#include "test-util.h"
-
-#include <gtest/gtest.h>
+#include "marking-test.h"
 
 #include <cerrno>
 #include <cstring>
@@ -16,71 +14,42 @@ namespace {
 
 class WatermarkStore : public MarkingHome {
 protected:
+    // The golden record "Entwurf \xC3\xBC": every field set, glyphCount without a buffer.
     static _WatermarkData sample()
     {
         _WatermarkData r;
-        setWatermarkText(r.textString, "Entwurf \xC3\xBC");
-        setWatermarkText(r.filename, "logo.png");
-        setWatermarkText(r.filePath, "/pictures/logo.png");
-        setWatermarkText(r.fontName, "DejaVuSans");
-        r.xOffset = 1.5f;
-        r.yOffset = -0.25f;
-        r.fontColor = {0.75f, 0.5f, 1.0f, 1.0f};
-        r.wellColor = {0.0f, 0.25f, 1.0f, 0.5f};
-        r.angle = 45;
-        r.density = 25;
-        r.scale = 150;
-        r.units = 1;
-        r.fontSize = 72;
+        auto golden = pl::as<pl::Dictionary>(pl::readPlistFile(dataPath("watermark-sample.plist")));
+        loadWatermarkFields(*golden->getDict("Entwurf \xC3\xBC"), r);
         r.isText = 1;
-        r.xPos = 280.627441;
-        r.yPos = 311.049927;
-        r.glyphCount = 7; // a count without a buffer is not written
+        r.glyphCount = 7;
         return r;
     }
     pl::DictPtr fileDictionary() const { return pl::as<pl::Dictionary>(pl::readPlistFile(watermarkFilePath())); }
-    // The file against a golden copy; on a difference the file is kept beside the scratch files.
-    void expectFileIs(const std::string& golden)
-    {
-        const std::string actual = readText(watermarkFilePath());
-        if (actual != readText(dataPath(golden))) {
-            writeText(scratchPath(golden), actual);
-            ADD_FAILURE() << "the watermark file differs from " << dataPath(golden) << "; see " << scratchPath(golden);
-        }
-    }
+    void expectFileIs(const std::string& name) { EXPECT_EQ(readText(watermarkFilePath()), readText(dataPath(name))); }
 };
 
-// Keys, types and number forms are fixed by the golden file; a record loaded and saved again
-// writes the same bytes.
-TEST_F(WatermarkStore, RecordRoundTripsThroughTheFile)
+// Golden files fix keys and number forms (isText and a count without buffer are not stored); a
+// name not in the file clears the record silently; a failed write says so in the designed words.
+TEST_F(WatermarkStore, RecordsAndDefaultsRoundTripThroughTheFile)
 {
     ASSERT_TRUE(saveWatermarkData(kWatermarksFile, sample()));
     expectFileIs("watermark-sample.plist");
-
     _WatermarkData loaded;
     ASSERT_TRUE(loadWatermarkData(kWatermarksFile, "Entwurf \xC3\xBC", loaded));
-    EXPECT_EQ(loaded.isText, 0) << "isText is not stored";
-    loaded.isText = 1;
-    std::filesystem::remove(watermarkFilePath());
-    ASSERT_TRUE(saveWatermarkData(kWatermarksFile, loaded));
-    expectFileIs("watermark-sample.plist");
-
-    // A name not in the file, or no file at all, clears the whole record silently.
+    EXPECT_EQ(std::pair(loaded.isText, loaded.glyphCount), std::pair(0, 0));
     loaded.glyphs = {1, 2};
-    EXPECT_FALSE(loadWatermarkData(kWatermarksFile, "Absent", loaded));
-    EXPECT_EQ(watermarkText(loaded.fontName), "");
-    EXPECT_EQ(loaded.xPos, 0.0);
-    EXPECT_TRUE(loaded.glyphs.empty());
-    std::filesystem::remove(watermarkFilePath());
-    auto r = sample();
     testing::internal::CaptureStderr();
-    EXPECT_FALSE(loadWatermarkData(kWatermarksFile, r.name(), r));
+    EXPECT_FALSE(loadWatermarkData(kWatermarksFile, "Absent", loaded));
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    EXPECT_EQ(watermarkText(r.textString), "");
-}
+    EXPECT_TRUE(watermarkText(loaded.textString).empty() && loaded.glyphs.empty());
+    FileIo failing = SystemFileIo();
+    failing.write = [](int, const void*, size_t) -> ssize_t { return errno = ENOSPC, -1; };
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE((ScopedFileIo(failing), saveWatermarkData(kWatermarksFile, sample()))); // for this call only
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "saveWatermarkData: Error " + std::to_string(ENOSPC) + " writing data to file\n");
 
-TEST_F(WatermarkStore, DefaultsAreThreeTextWatermarksFromTheTemplate)
-{
+    std::filesystem::remove(watermarkFilePath());
     const std::map<std::string_view, std::string> texts = {
         {"DraftWatermark", "Draft"}, {"ConfidentialWatermark", "Confidential"}, {"CopyWatermark", "Copy"}};
     CreateDefaultWatermarks([&](std::string_view key) { return texts.at(key); });
@@ -91,44 +60,21 @@ TEST_F(WatermarkStore, GlyphsAreStoredGlyphCountBytesLongAndLoadedIntoTwiceThat)
 {
     auto r = sample();
     r.glyphs = {0x0102, 0x0304, 0x0506, 0x0708};
-    r.glyphCount = 4;
-    ASSERT_TRUE(saveWatermarkData(kWatermarksFile, r));
-    auto data = pl::as<pl::Data>(fileDictionary()->getDict(r.name())->get("glyphs"));
-    ASSERT_TRUE(data);
-    ASSERT_EQ(data->bytes.size(), 4u) << "glyphCount bytes: the first half of the id array";
-    EXPECT_EQ(std::memcmp(data->bytes.data(), r.glyphs.data(), 4), 0);
-
+    for (auto [count, stored] : {std::pair{1000, 8u}, {4, 4u}}) { // never past the buffer
+        r.glyphCount = count;
+        ASSERT_TRUE(saveWatermarkData(kWatermarksFile, r));
+        auto data = pl::as<pl::Data>(fileDictionary()->getDict(r.name())->get("glyphs"));
+        ASSERT_TRUE(data && data->bytes.size() == stored);
+        EXPECT_EQ(std::memcmp(data->bytes.data(), r.glyphs.data(), stored), 0);
+    }
     _WatermarkData loaded;
     ASSERT_TRUE(loadWatermarkData(kWatermarksFile, r.name(), loaded));
-    EXPECT_EQ(loaded.glyphCount, 4);
-    EXPECT_EQ(loaded.glyphs, (std::vector<uint16_t>{0x0102, 0x0304, 0, 0}));
-
-    r.glyphs = {0x0102};
-    r.glyphCount = 1000;
-    ASSERT_TRUE(saveWatermarkData(kWatermarksFile, r));
-    data = pl::as<pl::Data>(fileDictionary()->getDict(r.name())->get("glyphs"));
-    ASSERT_TRUE(data);
-    EXPECT_EQ(data->bytes.size(), 2u) << "never past the buffer";
-}
-
-TEST_F(WatermarkStore, EntriesAreKeyedByTextOrPictureNameAndReplaced)
-{
-    auto first = sample(), second = sample(), picture = sample();
-    first.angle = 10;
-    second.angle = 20;
-    picture.isText = 0;
-    for (const auto& r : {first, second, picture})
-        ASSERT_TRUE(saveWatermarkData(kWatermarksFile, r));
-    auto root = fileDictionary();
-    EXPECT_EQ(root->size(), 2u);
-    EXPECT_EQ(root->getDict(first.name())->getInt("angle"), 20);
-    EXPECT_TRUE(root->getDict("logo.png"));
+    EXPECT_EQ(std::pair(loaded.glyphCount, loaded.glyphs), std::pair(4, std::vector<uint16_t>{0x0102, 0x0304, 0, 0}));
 }
 
 TEST_F(WatermarkStore, FieldsIgnoreValuesOfTheWrongTypeOrOutOfRange)
 {
-    auto root = pl::makeDict();
-    auto entry = pl::makeDict();
+    auto root = pl::makeDict(), entry = pl::makeDict();
     entry->setString("angle", "45");     // wrong type
     entry->setInt("density", 1ll << 40); // beyond 32 bits
     entry->setReal("xOffset", 1e300);    // beyond a float
@@ -141,61 +87,100 @@ TEST_F(WatermarkStore, FieldsIgnoreValuesOfTheWrongTypeOrOutOfRange)
 
     auto r = sample();
     ASSERT_TRUE(loadWatermarkData(kWatermarksFile, "Odd", r));
-    EXPECT_EQ(r.angle, 45);
-    EXPECT_EQ(r.density, 25);
-    EXPECT_EQ(r.xOffset, 1.5f);
-    EXPECT_EQ(r.scale, 150);
-    EXPECT_EQ(r.fontSize, 36);
+    EXPECT_EQ(std::tuple(r.angle, r.density, r.xOffset, r.scale, r.fontSize), std::tuple(45, 25, 1.5f, 150, 36));
     EXPECT_EQ(watermarkText(r.textString), std::string(511, 'x'));
 }
 
-TEST_F(WatermarkStore, WriteFailurePrintsTheMessageAndKeepsTheOldFile)
+// Entries are keyed by text or picture name (a second save replaces the first); nothing may take
+// the list's own key; font data is appended on load.
+TEST_F(WatermarkStore, EntriesListAndFontsShareTheFileByKey)
 {
-    ASSERT_TRUE(saveWatermarkData(kWatermarksFile, sample()));
-    const std::string before = readText(watermarkFilePath());
-
-    FileIo failing = SystemFileIo();
-    failing.write = [](int, const void*, size_t) -> ssize_t {
-        errno = ENOSPC;
-        return -1;
-    };
-    auto other = sample();
-    setWatermarkText(other.textString, "Other");
-    testing::internal::CaptureStderr();
-    {
-        ScopedFileIo scope(failing);
-        EXPECT_FALSE(saveWatermarkData(kWatermarksFile, other));
-    }
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "saveWatermarkData: Error " + std::to_string(ENOSPC) + " writing data to file\n");
-    EXPECT_EQ(readText(watermarkFilePath()), before);
-}
-
-TEST_F(WatermarkStore, ListRemoveAndTheListsOwnKey)
-{
+    auto first = sample(), second = sample(), picture = sample();
+    second.angle = 20;
+    picture.isText = 0;
     ASSERT_TRUE(saveWatermarkList(kWatermarksFile, {"B", "A", "C"}));
-    auto r = sample();
-    ASSERT_TRUE(saveWatermarkData(kWatermarksFile, r));
+    for (const auto& r : {first, second, picture})
+        ASSERT_TRUE(saveWatermarkData(kWatermarksFile, r));
+    EXPECT_EQ(fileDictionary()->size(), 3u);
+    EXPECT_EQ(fileDictionary()->getDict(first.name())->getInt("angle"), 20);
+    ASSERT_TRUE(removeWatermarkData(kWatermarksFile, "logo.png"));
+    EXPECT_FALSE(fileDictionary()->contains("logo.png"));
+
+    setWatermarkText(first.textString, kWatermarkListEntriesKey);
+    EXPECT_FALSE(saveWatermarkData(kWatermarksFile, first));
+    EXPECT_FALSE(storeFontData(kWatermarksFile, kWatermarkListEntriesKey, "x"));
     EXPECT_EQ(loadWatermarkList(kWatermarksFile), 3u);
     EXPECT_EQ(listOfWatermarks(), (std::vector<std::string>{"B", "A", "C"}));
 
-    ASSERT_TRUE(removeWatermarkData(kWatermarksFile, r.name()));
-    EXPECT_FALSE(fileDictionary()->contains(r.name()));
-    EXPECT_EQ(loadWatermarkList(kWatermarksFile), 3u) << "removing an entry leaves the list alone";
-
-    setWatermarkText(r.textString, kWatermarkListEntriesKey);
-    EXPECT_FALSE(saveWatermarkData(kWatermarksFile, r)) << "a record named like the list";
-    EXPECT_EQ(loadWatermarkList(kWatermarksFile), 3u);
-}
-
-TEST_F(WatermarkStore, FontDataIsAppendedOnLoad)
-{
     ASSERT_TRUE(storeFontData(kWatermarksFile, "DejaVuSans", std::string("%!PS\0x", 6)));
     std::string data = "prior";
     ASSERT_TRUE(loadFontData(kWatermarksFile, "DejaVuSans", data));
     EXPECT_EQ(data, std::string("prior%!PS\0x", 11));
     EXPECT_FALSE(loadFontData(kWatermarksFile, "Absent", data));
-    EXPECT_EQ(data.size(), 11u);
+}
+
+// A file that cannot be read is set aside before any writer replaces it, never over an earlier one.
+TEST_F(WatermarkStore, UnreadableFileIsSetAsideBeforeTheNextWrite)
+{
+    const std::string damaged[] = {"<plist><dict><key>A</key>", "<plist><array/></plist>", "\x89PNG"};
+    const std::function<bool()> writers[] = {[] { return saveWatermarkList(kWatermarksFile, {"A"}); },
+                                             [] { return saveWatermarkData(kWatermarksFile, sample()); },
+                                             [] { return storeFontData(kWatermarksFile, "F", "%!"); }};
+    std::filesystem::create_directories(makerFolder());
+    const std::string path = watermarkFilePath();
+    const std::string asides[] = {path + ".damaged", path + ".damaged-2", path + ".damaged-3"};
+    for (size_t i = 0; i < 3; ++i) {
+        writeText(path, damaged[i]);
+        testing::internal::CaptureStderr();
+        EXPECT_TRUE(writers[i]());
+        const std::string err = testing::internal::GetCapturedStderr();
+        EXPECT_NE(err.find(path + " cannot be read; set aside as " + asides[i] + ","), std::string::npos) << err;
+        EXPECT_TRUE(fileDictionary()) << "a new file";
+        for (size_t j = 0; j <= i; ++j)
+            EXPECT_EQ(readText(asides[j]), damaged[j]);
+    }
+}
+
+using WatermarkCommand = MarkingHome;
+
+// As the panel does, the defaults are made for an empty list only: a user's list stays.
+TEST_F(WatermarkCommand, CreateDefaultsFillsOnlyAnEmptyList)
+{
+    const std::string bundle = root_ + "/Test.plugin";
+    std::filesystem::create_directories(bundle + "/Resources/en.lproj");
+    writeText(
+        bundle + "/Resources/en.lproj/Localizable.strings",
+        "\"DraftWatermark\" = \"Draft\";\n\"ConfidentialWatermark\" = \"Secret\";\n\"CopyWatermark\" = \"Copy\";\n");
+    const std::string env = "TALMO_BUNDLE_DIR=" + bundle;
+    auto o = runTalmo("watermark create-defaults", env);
+    ASSERT_EQ(o.status, 0) << o.err;
+    EXPECT_EQ(runTalmo("watermark list").out, "Draft\nSecret\nCopy\n");
+
+    ASSERT_TRUE(saveWatermarkList(kWatermarksFile, {"Mine"}));
+    o = runTalmo("watermark create-defaults", env);
+    EXPECT_EQ(o.status, 0) << o.err;
+    EXPECT_EQ(runTalmo("watermark list").out, "Mine\n");
+}
+
+// Names follow the first row with command "TWmW" and their list index; "Options" has its submenu.
+TEST(WatermarkMenu, HistoryFollowsTheFirstRowAndOptionsCarriesItsSubmenu)
+{
+    for (const std::vector<std::string>& history : {std::vector<std::string>{}, {"DRAFT", "Logo.png"}}) {
+        listOfWatermarks() = history;
+        WatermarkMenu menu;
+        menu.items.push_back({"stale", 0, 0, false, {}});
+        PopulateWatermarkMenuFromMapAndHistory([](std::string_view key) { return "[" + std::string(key) + "]"; }, menu,
+                                               _WatermarkMap);
+        std::string layout;
+        for (const auto& i : menu.items)
+            layout += i.label + " " + std::to_string(i.reference) + (i.command == FourCC("TWmW") ? " TWmW" : "") +
+                      (i.submenu.empty() ? "" : " +" + std::to_string(i.submenu.size())) + "\n";
+        const std::string names = history.empty() ? "" : "DRAFT 0 TWmW\nLogo.png 1 TWmW\n";
+        EXPECT_EQ(layout,
+                  "[NoWatermark] 1\n" + names + "- -5\n[Options] -6 +6\n[New...] -7\n[Edit...] -8\n[Delete] -9\n");
+        EXPECT_EQ(menu.map, _WatermarkMap);
+    }
+    listOfWatermarks().clear();
 }
 
 } // namespace

@@ -70,6 +70,11 @@ write("tiny-post2.ttf", tiny)
 write("tiny-post3.ttf", font(standard({"post": post(0x00030000, max_mem=0)})))
 write("../../../fuzz/corpus/ttf/tiny-loca-long.ttf", font(standard({"head": head(loc_format=1), "loca": LOCA_LONG})))
 write("tiny-no-post.ttf", font(standard({"post": None})))
+# Whole for Type 42 (which reads only the name table's format), but its name records run past
+# the table, so hb-subset refuses it: the font that cannot be subset.
+write("name-records-past-end.ttf", font(standard({"name": struct.pack(">HHH", 0, 5, 6)})))
+# The sfnt version of PostScript (CFF) outlines: refused before any conversion.
+write("cff-outlines.otf", b"OTTO" + tiny[4:])
 # 258 glyphs named by post 1.0: the standard Macintosh names, as HarfBuzz reads them.
 write("mac-names.ttf", font([(b"maxp", maxp(258)), (b"post", post(0x00010000))]))
 
