@@ -3,7 +3,6 @@
 
 #include <cups/cups.h>
 
-#include <cstring>
 #include <functional>
 #include <memory>
 #include <string>
@@ -15,22 +14,19 @@ struct IppFree {
 };
 using Ipp = std::unique_ptr<ipp_t, IppFree>;
 
-inline ssize_t appendToString(void* context, ipp_uchar_t* buffer, size_t length)
-{
-    static_cast<std::string*>(context)->append(reinterpret_cast<const char*>(buffer), length);
-    return static_cast<ssize_t>(length);
-}
-
 // The wire form of an IPP message.
 inline std::string IppBytes(ipp_t* message)
 {
     std::string out;
+    auto append = [](void* to, ipp_uchar_t* buffer, size_t length) -> ssize_t {
+        static_cast<std::string*>(to)->append(reinterpret_cast<const char*>(buffer), length);
+        return static_cast<ssize_t>(length);
+    };
     ippSetState(message, IPP_STATE_IDLE);
-    while (ippWriteIO(&out, appendToString, 1, nullptr, message) != IPP_STATE_DATA) { }
+    while (ippWriteIO(&out, append, 1, nullptr, message) != IPP_STATE_DATA) { }
     return out;
 }
 
-// A media collection; `fill` adds its members.
 inline Ipp MediaCol(const std::function<void(ipp_t*)>& fill)
 {
     Ipp col(ippNew());
@@ -38,20 +34,21 @@ inline Ipp MediaCol(const std::function<void(ipp_t*)>& fill)
     return col;
 }
 
-inline void AddSize(ipp_t* col, int x, int y)
-{
-    Ipp size(ippNew());
-    ippAddInteger(size.get(), IPP_TAG_ZERO, IPP_TAG_INTEGER, "x-dimension", x);
-    ippAddInteger(size.get(), IPP_TAG_ZERO, IPP_TAG_INTEGER, "y-dimension", y);
-    ippAddCollection(col, IPP_TAG_ZERO, "media-size", size.get());
-}
-
 inline void AddKeyword(ipp_t* col, const char* name, const char* value)
 {
     ippAddString(col, IPP_TAG_ZERO, IPP_TAG_KEYWORD, name, nullptr, value);
 }
 
-// A successful Get-Printer-Attributes answer with `count` papers named "Paper <n>".
+// A media-size collection of two integer members.
+inline void AddSize(ipp_t* col, int x, int y, const char* yName = "y-dimension")
+{
+    Ipp size(ippNew());
+    ippAddInteger(size.get(), IPP_TAG_ZERO, IPP_TAG_INTEGER, "x-dimension", x);
+    ippAddInteger(size.get(), IPP_TAG_ZERO, IPP_TAG_INTEGER, yName, y);
+    ippAddCollection(col, IPP_TAG_ZERO, "media-size", size.get());
+}
+
+// A Get-Printer-Attributes answer with `count` A4 papers named "Paper <n>" of 80 + n gsm.
 inline std::string PrinterAnswer(int count, ipp_status_t status = IPP_STATUS_OK)
 {
     Ipp answer(ippNew());
@@ -59,22 +56,17 @@ inline std::string PrinterAnswer(int count, ipp_status_t status = IPP_STATUS_OK)
     ippSetStatusCode(answer.get(), status);
     ippSetRequestId(answer.get(), 1);
     ippAddString(answer.get(), IPP_TAG_OPERATION, IPP_TAG_CHARSET, "attributes-charset", nullptr, "utf-8");
-    ippAddString(answer.get(), IPP_TAG_OPERATION, IPP_TAG_LANGUAGE, "attributes-natural-language", nullptr, "en");
-    if (count > 0) {
-        ipp_attribute_t* db = nullptr;
-        for (int i = 0; i < count; ++i) {
-            Ipp col = MediaCol([i](ipp_t* c) {
-                const std::string key = "Paper " + std::to_string(i);
-                ippAddString(c, IPP_TAG_ZERO, IPP_TAG_KEYWORD, "media-key", nullptr, key.c_str());
-                AddKeyword(c, "media-color", "white");
-                ippAddInteger(c, IPP_TAG_ZERO, IPP_TAG_INTEGER, "media-weight-metric", 80 + i);
-                AddSize(c, 21000, 29700);
-            });
-            if (!db)
-                db = ippAddCollection(answer.get(), IPP_TAG_PRINTER, "media-col-database", col.get());
-            else
-                ippSetCollection(answer.get(), &db, ippGetCount(db), col.get());
-        }
+    ipp_attribute_t* db = nullptr;
+    for (int i = 0; i < count; ++i) {
+        Ipp col = MediaCol([i](ipp_t* c) {
+            AddKeyword(c, "media-key", ("Paper " + std::to_string(i)).c_str());
+            ippAddInteger(c, IPP_TAG_ZERO, IPP_TAG_INTEGER, "media-weight-metric", 80 + i);
+            AddSize(c, 21000, 29700);
+        });
+        if (!db)
+            db = ippAddCollection(answer.get(), IPP_TAG_PRINTER, "media-col-database", col.get());
+        else
+            ippSetCollection(answer.get(), &db, ippGetCount(db), col.get());
     }
     return IppBytes(answer.get());
 }
