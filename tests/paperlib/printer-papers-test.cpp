@@ -117,6 +117,24 @@ TEST(PrinterPapersAddress, HostPortLiteralsAndDeviceUris)
     }
 }
 
+// What the panel host's Open fetches for a printer's device URI.
+TEST(PrinterPapersAddress, HostOfTheDeviceUri)
+{
+    const std::pair<const char*, const char*> cases[] = {{"ipp://press.example:631/ipp/print", "press.example:631"},
+                                                         {"socket://10.1.1.1", "10.1.1.1"},
+                                                         {"lpd://ops@[fe80::2]:515/queue", "[fe80::2]:515"},
+                                                         {"usb://Talmo/Press?serial=1", "Talmo"},
+                                                         {"pap://zone/Press/LaserWriter", nullptr},
+                                                         {"PAP://zone/Press", nullptr},
+                                                         {"pap:/x", nullptr},
+                                                         {"dnssd://Press._ipp._tcp.local./?uuid=1", nullptr},
+                                                         {"file:///dev/null", nullptr},
+                                                         {"ipp:", nullptr},
+                                                         {"", nullptr}};
+    for (const auto& [uri, host] : cases)
+        EXPECT_EQ(PrinterHostFromDeviceURI(uri), host ? std::optional<std::string>(host) : std::nullopt) << uri;
+}
+
 // A real IPP printer declaring 31 production papers: each paper as `talmo papers fetch` writes
 // it, against a golden file, and every form of the address reaching it.
 TEST(PrinterPapersIppEvePrinter, EveryPaperConvertedInThePrinterOrder)
@@ -207,6 +225,8 @@ TEST_F(PrinterPapersFetch, FailuresKeepThePreviousListAndSayWhy)
         {"closed at once", serve(""), kBad, 0, 1, ""},
         {"refused", "127.0.0.1:" + std::to_string(FreeLoopbackPort()), kNoConnection, 0, 1,
          "Unable to connect to server: Connection refused\n"},
+        {"no such name", "no-such-printer.invalid", kNoConnection, 0, 1,
+         "Unable to connect to server: cannot resolve \"no-such-printer.invalid\""},
         {"cancelled", hole, kNoConnection, 0, 1, "Unable to connect to server: Operation canceled\n"},
         {"black hole", hole, kNoConnection, 0.9, 2.5, "Unable to connect to server: Connection timed out\n"},
         {"tarpit", tarpit.address(), kBad, 1.9, 3.5, ""},
