@@ -1,9 +1,8 @@
 // The named paper library: validation against the printer's maps, the list's rules, the menu
-// order, the repair of a paper taken for use, and the file they share.
-#include "paperlib/paperlib.h"
+// order, the repair of a paper taken for use, the file they share, and `talmo papers`.
 #include "paperlib-fixture.h"
 
-#include <gtest/gtest.h>
+#include <sys/wait.h>
 
 namespace talmo::test {
 namespace {
@@ -11,7 +10,6 @@ namespace {
 TEST(StockLibraryValidation, StatusFollowsThePrinterMaps)
 {
     const std::tuple<const char*, int32_t, std::function<void(Stock&)>, int32_t> cases[] = {
-        {"offered paper keeps its status", 1, [](Stock&) {}, 1},
         {"64 gsm accepted", 0, [](Stock& s) { s.setWeight(64); }, 0},
         {"300 gsm accepted", 0, [](Stock& s) { s.setWeight(300); }, 0},
         {"63 gsm refused", 0, [](Stock& s) { s.setWeight(63); }, 2},
@@ -123,7 +121,7 @@ TEST_F(StockLibraryListTest, MarksFollowWhatTheJobUses)
 
 TEST_F(StockLibraryListTest, WhatIsReadAndWhatIsWritten)
 {
-    writeRaw(shippedFile(), readAll(dataPath("shipped-library.plist")));
+    writeRaw(shippedFile(), readAll(TALMO_SOURCE_DIR "/tests/paperlib/data/shipped-library.plist"));
     const std::string shippedBytes = readAll(shippedFile());
     {
         StockLibraryList fromShipped;
@@ -135,11 +133,18 @@ TEST_F(StockLibraryListTest, WhatIsReadAndWhatIsWritten)
     }
     EXPECT_EQ(readAll(shippedFile()), shippedBytes) << "nothing written back to the shipped file";
 
-    // Once the user has a file, the shipped list is not consulted; other keys of the file stay;
+    // With a user file: no shipped list, its other keys kept, widths a table cannot take skipped;
     // a detached list writes nothing, an attached one even what was changed in place.
-    pl::DictPtr prefs = pl::makeDict();
+    pl::DictPtr prefs = pl::makeDict(), widths = pl::makeDict();
+    widths->setInt("NaMe", 200), widths->setInt("Wide", 70000), widths->setInt("LONGER", 5);
+    widths->setString("TyPe", "80"), widths->setInt("CoMm", -1);
+    prefs->set(kStockLibraryColumnWidthsKey, widths);
     prefs->setString(kStockLibrarySelectedRowKey, "ROW");
     ASSERT_TRUE(WriteUserPreferences(kStockLibraryDomain, prefs));
+    const std::vector<StockColumnWidth> stored = StoredColumnWidths();
+    ASSERT_EQ(stored.size(), 2u);
+    EXPECT_EQ(std::pair(stored[0].column, stored[0].width), std::pair(kStockColumnName, int16_t(200)));
+    EXPECT_EQ(std::pair(stored[1].column, stored[1].width), std::pair(kStockColumnComment, int16_t(-1)));
     {
         StockLibraryList printer(true);
         printer.stockList()->set("P", Entry(NamedPaper("Printer paper")).asTicket());
@@ -149,23 +154,24 @@ TEST_F(StockLibraryListTest, WhatIsReadAndWhatIsWritten)
     }
     const pl::DictPtr file = libraryDict();
     EXPECT_EQ(file->getString(kStockLibrarySelectedRowKey), "ROW");
-    EXPECT_EQ(file->getDict(kStockLibraryStockListKey)->size(), 1u);
-    EXPECT_TRUE(file->getDict(kStockLibraryStockListKey)->getDict("K"));
+    EXPECT_TRUE(file->getDict(kStockLibraryStockListKey)->size() == 1 &&
+                file->getDict(kStockLibraryStockListKey)->getDict("K"));
 }
 
 TEST_F(StockLibraryListTest, DamagedFileGivesAFreshList)
 {
-    for (const auto& damaged : std::filesystem::directory_iterator(dataPath("damaged-library"))) {
-        SCOPED_TRACE(damaged.path().filename().string());
+    for (const auto& damaged :
+         std::filesystem::directory_iterator(TALMO_SOURCE_DIR "/tests/paperlib/data/damaged-library")) {
         writeRaw(libraryFile(), readAll(damaged.path()));
         StockLibraryList list;
-        StockLibraryOrderList order;
-        EXPECT_EQ(order.stockOrderList()->size(), 0u);
-        EXPECT_FALSE(list.isDuplicate(std::string("x")));
+        const StockLibraryOrderList order;
+        for (const auto& uuid : *order.stockOrderList())
+            EXPECT_TRUE(pl::as<pl::String>(uuid)) << damaged.path() << ": the menu order keeps only strings";
+        EXPECT_FALSE(list.isDuplicate(std::string("x"))) << damaged.path();
         list.clearStatus();
         StockLibrary e = Entry(NamedPaper("Fresh"));
         const std::string key = list.add(&e);
-        EXPECT_TRUE(libraryDict()->getDict(kStockLibraryStockListKey)->getDict(key));
+        EXPECT_TRUE(libraryDict()->getDict(kStockLibraryStockListKey)->getDict(key)) << damaged.path();
     }
 }
 
@@ -189,20 +195,12 @@ TEST_F(StockLibraryListTest, MenuOrderKeepsTheLast25NewestFirstWithoutRepeats)
         order.remove("U29");
     }
     EXPECT_EQ(head(StockLibraryOrderList()), "U10 U28 U27");
-
-    // A hand-edited file: only the strings are kept.
-    writeRaw(libraryFile(), "<plist><dict><key>" + std::string(kStockLibraryStockMenuListKey) +
-                                "</key><array><string>A</string><integer>4</integer><string>B</string></array>"
-                                "</dict></plist>");
-    EXPECT_EQ(head(StockLibraryOrderList()), "A B");
 }
 
 TEST(ValidateAndFixStockEntry, ResetsWhatThePrinterLacks)
 {
     Stock coated = NamedPaper("Coated"), mixed = NamedPaper("Mixed", 500), fine = NamedPaper("Fine", 280);
-    coated.setCustomNameOnly(true);
-    coated.setSidesCoated(9);
-    coated.setCoatingType(3);
+    coated.setCustomNameOnly(true), coated.setSidesCoated(9), coated.setCoatingType(3);
     mixed.setColor(99), mixed.setPunched(7), mixed.setFinish(2), mixed.setGrain(5);
     fine.setCustomNameOnly(true);
     const Stock fineBefore = fine;
@@ -218,33 +216,55 @@ TEST(ValidateAndFixStockEntry, ResetsWhatThePrinterLacks)
     EXPECT_TRUE(fine.customNameOnly());
 }
 
-struct FakeTable : StockLibraryTable {
-    std::vector<StockColumnWidth> widths;
-    std::optional<std::string> revealed;
-    std::vector<StockColumnWidth> columnWidths() const override { return widths; }
-    void setColumnWidth(uint32_t column, int16_t width) override { widths.push_back({column, width}); }
-    std::optional<std::string> selectedRow() const override { return std::nullopt; }
-    void revealRow(const std::string& uuid) override { revealed = uuid; }
+// `talmo papers`: the library from the command line, and a printer's list as a property list.
+struct PapersCommand : LibraryHome {
+    // Exit status, stdout and stderr of `talmo ARGS` run with the test's private home.
+    std::tuple<int, std::string, std::string> talmo(const std::vector<std::string>& args)
+    {
+        std::string command = TALMO_CLI;
+        for (const std::string& a : args)
+            command += " '" + a + "'";
+        const int st = std::system((command + " >" + root_ + "/out 2>" + root_ + "/err").c_str());
+        return {WIFEXITED(st) ? WEXITSTATUS(st) : -1, readAll(root_ + "/out"), readAll(root_ + "/err")};
+    }
+    std::string out(const std::vector<std::string>& args) { return std::get<1>(talmo(args)); }
 };
 
-// The table's layout through the file; entries a table cannot take are skipped.
-TEST_F(StockLibraryListTest, ColumnWidthsAndSelectedRowRoundTrip)
+TEST_F(PapersCommand, AddListRenameRemove)
 {
-    FakeTable shown, restored;
-    shown.widths = {{kStockColumnStatus, 24}, {kStockColumnName, 200}, {kStockColumnComment, -1}};
-    ASSERT_TRUE(storeColumnWidths(shown) && storeSelectedRow("ROW-1"));
-    pl::DictPtr prefs = CopyUserPreferences(kStockLibraryDomain);
-    const pl::DictPtr widths = prefs->getDict(kStockLibraryColumnWidthsKey);
-    ASSERT_TRUE(widths);
-    widths->setInt("Wide", 70000), widths->setInt("LONGER", 5), widths->setString("TyPe", "80");
-    ASSERT_TRUE(WriteUserPreferences(kStockLibraryDomain, prefs));
-    setColumnWidths(restored);
-    setSelectedRow(restored);
-    ASSERT_EQ(restored.widths.size(), 3u);
-    for (size_t i = 0; i < 3; ++i)
-        EXPECT_EQ(std::pair(restored.widths[i].column, restored.widths[i].width),
-                  std::pair(shown.widths[i].column, shown.widths[i].width));
-    EXPECT_EQ(restored.revealed, "ROW-1");
+    writeRaw(root_ + "/heavy.plist", pl::writePlist(NamedPaper("", 350).asTicket()));
+    writeRaw(root_ + "/bad.plist", "<plist><array/></plist>");
+    const std::string bond = out({"papers", "add", "Bond"}).substr(0, 36);
+    const std::string heavy = out({"papers", "add", "Heavy Card", root_ + "/heavy.plist"}).substr(0, 36);
+    const std::tuple<std::vector<std::string>, int, std::string> cases[] = {
+        {{"papers", "add", "BOND"}, 1, "talmo: papers add: a paper named \"BOND\" exists already\n"},
+        {{"papers", "rename", "heavy card", "Bond"}, 1, ""},
+        {{"papers", "rename", "heavy card", "Card 350"}, 0, ""},
+        {{"papers", "remove", bond}, 0, ""},
+        {{"papers", "remove", "Bond"}, 1, "talmo: papers remove: no paper named \"Bond\"\n"},
+        {{"papers", "add", "X", root_ + "/bad.plist"}, 1, ""},
+        {{"papers", "add"}, 2, ""}};
+    for (const auto& [args, status, err] : cases) {
+        const auto [exit, o, e] = talmo(args);
+        EXPECT_EQ(std::pair(exit, err.empty() ? "" : e), std::pair(status, err)) << args[1] << " " << args.back();
+    }
+    EXPECT_EQ(out({"papers", "list"}), heavy + "\tunsupported-values\tCard 350\n");
+}
+
+TEST_F(PapersCommand, FetchWritesThePrinterListInItsOrder)
+{
+    ScriptedServer printer(Answer(HttpResponse("200 OK", PrinterAnswer(3))));
+    const auto [exit, doc, err] = talmo({"papers", "fetch", printer.address()});
+    ASSERT_EQ(exit, 0) << err;
+    ASSERT_EQ(std::get<0>(talmo({"papers", "fetch", printer.address(), "-o", root_ + "/list.plist"})), 0);
+    EXPECT_EQ(readAll(root_ + "/list.plist"), doc);
+    const pl::ArrayPtr list = pl::as<pl::Array>(pl::readPlist(doc));
+    EXPECT_TRUE(list && list->size() == 3u);
+    const std::string closed = "127.0.0.1:" + std::to_string(FreeLoopbackPort());
+    EXPECT_EQ(std::get<2>(talmo({"papers", "fetch", closed, "-o", root_ + "/none.plist"})),
+              "Unable to connect to server: Connection refused\ntalmo: papers fetch: cannot reach the printer at " +
+                  closed + "\n");
+    EXPECT_FALSE(std::filesystem::exists(root_ + "/none.plist"));
 }
 
 } // namespace
