@@ -1,1 +1,2 @@
 list(APPEND TALMO_CLI_LIBS talmo_ticket)
+set(TALMO_CLI_OWN_RUNTIME ON)

@@ -8,6 +8,13 @@
 
 namespace {
 
+// "--word" or "-x"; a list may itself begin with "-" ("-4", "-,2", "- 3").
+bool looksLikeOption(const std::string& a)
+{
+    const auto letter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
+    return a.size() > 1 && a[0] == '-' && (letter(a[1]) || (a[1] == '-' && a.size() > 2));
+}
+
 int pages(const std::vector<std::string>& args)
 {
     using namespace talmo;
@@ -20,7 +27,7 @@ int pages(const std::vector<std::string>& args)
             options = false;
         } else if (options && a == "--single") {
             rangesMode = false;
-        } else if (options && a.size() > 1 && a[0] == '-' && (a[1] < '0' || a[1] > '9')) {
+        } else if (options && looksLikeOption(a)) {
             return cli::usage("pages: unknown option '" + a + "'");
         } else if (text) {
             return cli::usage("pages takes one TEXT (quote a list with blanks)");

@@ -5,11 +5,15 @@
 #include "paperlib/paperlib.h"
 
 #include <cups/cups.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <mutex>
 #include <new>
 
@@ -336,9 +340,13 @@ OSStatus StocksFromIppAnswer(std::string_view bytes, std::vector<Stock>& out)
     while ((state = ippReadIO(&reader, readFromMemory, 1, nullptr, response.get())) != IPP_STATE_DATA)
         if (state == IPP_STATE_ERROR)
             return kPrinterStockBadAnswerErr;
-    const ipp_status_t status = ippGetStatusCode(response.get());
+    // The status code as the two bytes it is: a printer may send any value, and one outside
+    // libcups' enumeration must never be held in an ipp_status_t.
+    if (bytes.size() < 8)
+        return kPrinterStockBadAnswerErr;
+    const int status = (static_cast<unsigned char>(bytes[2]) << 8) | static_cast<unsigned char>(bytes[3]);
     if (status > IPP_STATUS_OK_EVENTS_COMPLETE) {
-        std::fprintf(stderr, "DEBUG: printer paper list: the printer answered %s\n", ippErrorString(status));
+        std::fprintf(stderr, "DEBUG: printer paper list: the printer answered status 0x%04X\n", status);
         return kPrinterStockBadAnswerErr;
     }
     out = StocksFromMediaCollections(response.get());
@@ -413,6 +421,26 @@ std::optional<PrinterAddress> ParsePrinterAddress(std::string_view address)
     return out;
 }
 
+std::optional<std::string> PrinterHostFromDeviceURI(std::string_view deviceURI)
+{
+    std::vector<std::string_view> parts;
+    for (size_t from = 0;;) {
+        const size_t slash = deviceURI.find('/', from);
+        parts.push_back(deviceURI.substr(from, slash - from));
+        if (slash == std::string_view::npos)
+            break;
+        from = slash + 1;
+    }
+    if (parts.size() < 3 || asciiEqual(parts[0], "pap:") || asciiEqual(parts[0], "dnssd:"))
+        return std::nullopt;
+    std::string_view host = parts[2];
+    if (const size_t at = host.rfind('@'); at != std::string_view::npos)
+        host.remove_prefix(at + 1);
+    if (host.empty())
+        return std::nullopt;
+    return std::string(host);
+}
+
 // --- the fetch ---
 
 namespace {
@@ -433,18 +461,47 @@ struct FetchClock {
 // deadline or a cancel.
 int keepWaiting(http_t*, void* context) { return static_cast<FetchClock*>(context)->expired() ? 0 : 1; }
 
-// libcups leaves errno at whatever its clean-up last set (EBADF, EHOSTDOWN, or 0 after a
-// time-out), so the reason is told from what happened; only a specific errno is kept.
-void reportConnectFailure(const FetchClock& clock, Clock::time_point started, int connectTimeoutMs)
+// libcups' connect leaves no usable errno (EBADF or EHOSTDOWN from its clean-up, whatever the
+// cause), so a failure that was neither cancelled nor timed out is told apart by one more
+// non-blocking connect to each address, bounded by `waitMs`.
+int probeConnectError(const http_addrlist_t* list, int waitMs)
 {
-    const int saved = errno;
+    int error = 0;
+    for (const http_addrlist_t* a = list; a; a = a->next) {
+        const int fd =
+            ::socket(httpAddrFamily(const_cast<http_addr_t*>(&a->addr)), SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+        if (fd < 0) {
+            error = errno;
+            continue;
+        }
+        error = 0;
+        if (::connect(fd, &a->addr.addr, static_cast<socklen_t>(httpAddrLength(&a->addr))) != 0) {
+            error = errno;
+            pollfd p{fd, POLLOUT, 0};
+            if (error == EINPROGRESS) {
+                socklen_t len = sizeof error;
+                if (::poll(&p, 1, waitMs) != 1 || ::getsockopt(fd, SOL_SOCKET, SO_ERROR, &error, &len) != 0)
+                    error = ETIMEDOUT;
+            }
+        }
+        ::close(fd);
+        if (error == 0)
+            break;
+    }
+    return error;
+}
+
+void reportConnectFailure(const FetchClock& clock, Clock::time_point started, int connectTimeoutMs,
+                          const http_addrlist_t* list)
+{
+    int reason = ECONNREFUSED;
     if (clock.cancel && clock.cancel->load())
-        errno = ECANCELED;
+        reason = ECANCELED;
     else if (Clock::now() - started >= std::chrono::milliseconds(connectTimeoutMs) || clock.expired())
-        errno = ETIMEDOUT;
-    else if (saved == 0 || saved == EBADF || saved == EHOSTDOWN)
-        errno = ECONNREFUSED;
-    std::perror("Unable to connect to server");
+        reason = ETIMEDOUT;
+    else if (const int probed = probeConnectError(list, std::min(clock.remainingMs(), 250)); probed != 0)
+        reason = probed;
+    std::fprintf(stderr, "Unable to connect to server: %s\n", std::strerror(reason));
 }
 
 OSStatus badAnswer(const char* what)
@@ -484,13 +541,22 @@ OSStatus RetrievePrinterStockLibrary(std::string_view address, const PrinterStoc
     // libcups reads the cancel flag as a plain int while it polls the connect.
     static_assert(sizeof(std::atomic<int>) == sizeof(int));
     int* cancelFlag = cancel ? const_cast<int*>(reinterpret_cast<const int*>(cancel)) : nullptr;
-    errno = 0;
+    // The name is resolved here rather than inside the connect, so that a name that does not
+    // resolve is reported as such.
+    const std::unique_ptr<http_addrlist_t, void (*)(http_addrlist_t*)> addresses(
+        httpAddrGetList(where->host.c_str(), AF_UNSPEC, std::to_string(where->port).c_str()), httpAddrFreeList);
+    if (!addresses) {
+        const char* why = cupsLastErrorString();
+        std::fprintf(stderr, "Unable to connect to server: cannot resolve \"%s\" (%s)\n", where->host.c_str(),
+                     why && *why ? why : "no address");
+        return kPrinterStockNoConnectionErr;
+    }
     const int connectMs = std::min(limits.connectTimeoutMs, clock.remainingMs());
     const Clock::time_point started = Clock::now();
-    HttpPtr http(
-        httpConnect2(where->host.c_str(), where->port, nullptr, AF_UNSPEC, cupsEncryption(), 1, connectMs, cancelFlag));
+    HttpPtr http(httpConnect2(where->host.c_str(), where->port, addresses.get(), AF_UNSPEC, cupsEncryption(), 1,
+                              connectMs, cancelFlag));
     if (!http) {
-        reportConnectFailure(clock, started, connectMs);
+        reportConnectFailure(clock, started, connectMs, addresses.get());
         return kPrinterStockNoConnectionErr;
     }
     httpSetTimeout(http.get(), limits.waitSliceMs / 1000.0, keepWaiting, &clock);

@@ -41,6 +41,12 @@ struct PrinterAddress {
 };
 std::optional<PrinterAddress> ParsePrinterAddress(std::string_view address);
 
+// The address whose paper list is fetched for a printer with this device URI: the URI split at
+// "/", element 2 (the host, with its port when the URI gives one, without user information).
+// None when element 0 is "pap:" (any case: an AppleTalk printer has no IPP service), when the
+// URI has no host, and for "dnssd:" (a service name that only a network browser resolves).
+std::optional<std::string> PrinterHostFromDeviceURI(std::string_view deviceURI);
+
 // Fetches the paper list of the printer at `address` and, on success, replaces the process-wide
 // printer stock list. Returns noErr, memFullErr, kPrinterStockNoConnectionErr or
 // kPrinterStockBadAnswerErr (the list then stays as it was). `cancel`, when given, ends a
