@@ -297,12 +297,16 @@ void importStockType(const pl::DictPtr& feature, _TPIFImportFeatureContext& c)
             type = static_cast<int32_t>(n->value);
         else if (auto s = pl::as<pl::String>(v); s && syntax == kTPIFSyntaxName)
             customType = s->text;
+        else if (keywordOf(feature, node) == "Bond")
+            type = 13; // a type of the printer's own list, which the keyword map does not name
     }
     if (keywordOf(feature, TPIFImportGetNode(c.start, ".media-col.media-recycled")) == "Recycled")
         type = 10;
     const std::string prePrinted = keywordOf(feature, TPIFImportGetNode(c.start, ".media-col.media-pre-printed"));
-    if (prePrinted == "PrePrinted" || prePrinted == "LetterHead")
+    if (prePrinted == "PrePrinted")
         type = 3;
+    else if (prePrinted == "LetterHead")
+        type = 14;
     auto modulus = numberOf(feature, TPIFImportGetNode(c.start, ".media-col.media-order-count"));
     if (customType)
         type = modulus ? 6 : 7; // an ordered stock, or a custom type, both carried by name

@@ -80,68 +80,110 @@ std::vector<pl::DictPtr> dictEntries(const pl::DictPtr& ticket, const char* k)
     return out;
 }
 
-int32_t mediaTypeIndex(int32_t stockType)
+// Where a stock type code lands in the media record: the type index, the pre-printed kind of
+// index 6 and, for the printer's custom slots, the name the slot is written with.
+struct MediaTypeSlot {
+    int32_t index;
+    int32_t prePrinted = 0;
+    const char* slotName = nullptr;
+};
+
+MediaTypeSlot mediaTypeIndex(int32_t stockType)
 {
+    static const char* const kCustomTypeSlots[] = {"Custom1", "Custom2", "Custom3", "Custom4",
+                                                   "Custom5", "Custom6", "Custom7"};
     switch (stockType) {
     case 1:
-        return 0; // plain -> stationery
+        return {0}; // plain -> stationery
     case 2:
-        return 1; // transparency
+        return {1}; // transparency
     case 3:
-        return 6; // pre-printed
+        return {6, 1}; // pre-printed
     case 4:
-        return 3; // pre-cut tabs
+        return {3}; // pre-cut tabs
     case 5:
-        return 4; // full-cut tabs
+        return {4}; // full-cut tabs
     case 6:
-        return 10; // ordered stock, by name
+        return {10}; // ordered stock, by name
     case 7:
-        return 9; // custom type, by name
+        return {9}; // custom type, by name
     case 8:
-        return 8; // envelope
+        return {8}; // envelope
     case 9:
-        return 5; // labels
+        return {5}; // labels
     case 10:
-        return 7; // recycled
+        return {7}; // recycled
+    case 13:
+        return {12}; // bond
+    case 14:
+        return {6, 2}; // letterhead
+    case 15:
+    case 16:
+    case 17:
+    case 18:
+    case 19:
+    case 20:
+    case 21:
+        return {9, 0, kCustomTypeSlots[stockType - 15]};
+    case 23: // the printer's own default type
+    case 34: // unspecified
+        return {13};
     case 24:
     case 33:
-        return 2; // tab stocks of the printer's own type list
+        return {2}; // tab stocks of the printer's own type list
     default:
-        return 11; // other
+        return {11}; // other
     }
 }
 
-int32_t mediaColorIndex(int32_t stockColor)
+struct MediaColorSlot {
+    int32_t index;
+    const char* slotName = nullptr;
+};
+
+MediaColorSlot mediaColorIndex(int32_t stockColor)
 {
+    static const char* const kCustomColorSlots[] = {"custom1", "custom2", "custom3", "custom4",
+                                                    "custom5", "custom6", "custom7"};
     switch (stockColor) {
     case 1:
-        return 1; // white
+        return {1}; // white
     case 2:
-        return 4; // blue
+        return {4}; // blue
     case 3:
-        return 3; // yellow
+        return {3}; // yellow
     case 4:
-        return 5; // green
+        return {5}; // green
     case 5:
-        return 2; // pink
+        return {2}; // pink
     case 6:
-        return 0; // clear -> no-color
+        return {0}; // clear -> no-color
     case 7:
-        return 6; // buff
+        return {6}; // buff
     case 8:
-        return 7; // goldenrod
+        return {7}; // goldenrod
     case 9:
-        return 8; // red
+        return {8}; // red
     case 10:
-        return 12; // custom, by name
+        return {12}; // custom, by the stock's own name
     case 11:
-        return 9; // ivory
+        return {9}; // ivory
     case 12:
-        return 10; // gray
+        return {10}; // gray
     case 13:
-        return 11; // orange
+        return {11}; // orange
+    case 14:
+        return {12, "other"}; // no keyword names it
+    case 15:
+    case 16:
+    case 17:
+    case 18:
+    case 19:
+    case 20:
+    case 21:
+        return {12, kCustomColorSlots[stockColor - 15]};
     default:
-        return 13; // a colour no keyword names: no colour line
+        return {13}; // unspecified or unknown: no colour line
     }
 }
 
@@ -215,19 +257,24 @@ void FillMediaData(MediaData& m, const pl::DictPtr& stockIn)
         TPifStockSizeDimensions(*size, m.width, m.length);
     }
     if (auto color = getI32(stock, "Color"); color && *color != kNotSet) {
-        m.color = mediaColorIndex(*color);
-        if (m.color == 12) {
+        const MediaColorSlot slot = mediaColorIndex(*color);
+        m.color = slot.index;
+        if (slot.slotName) {
+            m.customColorName = slot.slotName;
+        } else if (m.color == 12) {
             auto name = escaped(stock, "CustomColor");
             m.customColorName = name && !name->empty() ? *name : std::string("other");
         }
     }
     if (auto type = getI32(stock, "Type"); type && *type != kNotSet) {
-        m.type = mediaTypeIndex(*type);
-        if (m.type == 6)
-            m.prePrinted = 1;
+        const MediaTypeSlot slot = mediaTypeIndex(*type);
+        m.type = slot.index;
+        m.prePrinted = slot.prePrinted;
         if (m.type == 7)
             m.recycled = 1;
-        if (m.type == 9 || m.type == 10) {
+        if (slot.slotName) {
+            m.customTypeName = slot.slotName;
+        } else if (m.type == 9 || m.type == 10) {
             auto name = escaped(stock, "CustomType");
             m.customTypeName = name && !name->empty() ? *name : std::string("other");
         }

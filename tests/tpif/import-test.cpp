@@ -371,6 +371,39 @@ TEST(TpifImport, RulesTranscript)
     EXPECT_SAME_BYTES(transcript, tpiftest::readFile(golden));
 }
 
+// data/stock-codes.txt: every type and colour code of the printer's maps, exported in a job
+// stock (with a text and a count of its own, which only types 6 and 7 and the tab stocks use),
+// gives the media lines listed and imports back as listed.
+TEST(TpifImport, StockCodesThroughExportAndImport)
+{
+    std::istringstream rows(tpiftest::readFile(tpiftest::dataPath("stock-codes.txt")));
+    int count = 0;
+    for (std::string row; std::getline(rows, row);) {
+        if (row.empty() || row[0] == '#')
+            continue;
+        std::istringstream fields(row);
+        std::string key, code, media, imported;
+        std::getline(fields, key, '\t'), std::getline(fields, code, '\t');
+        std::getline(fields, media, '\t'), std::getline(fields, imported, '\t');
+        SCOPED_TRACE(row);
+        auto ticket =
+            plistDict(kAll + "<key>com.talmo.print.JobLevelStock</key><dict><key>" + key + "</key><integer>" + code +
+                      "</integer><key>CustomType</key><string>Mine</string><key>CustomColor</key>"
+                      "<string>Mine</string><key>Modulus</key><integer>4</integer></dict>");
+        const std::string doc = exportText(ticket);
+        const std::string open = "\t\t<media-col syntax=\"collection\">\n", close = "\t\t</media-col>\n";
+        const size_t from = doc.find(open), to = doc.find(close);
+        ASSERT_TRUE(from != std::string::npos && to != std::string::npos);
+        std::string lines = doc.substr(from + open.size(), to - from - open.size());
+        lines.erase(std::remove(lines.begin(), lines.end(), '\t'), lines.end());
+        std::replace(lines.begin(), lines.end(), '\n', ' ');
+        EXPECT_EQ(lines, media.empty() ? "" : media + " ");
+        EXPECT_EQ(show(importText(doc)->get("com.talmo.print.JobLevelStock")), imported);
+        ++count;
+    }
+    EXPECT_EQ(count, 46 + 22);
+}
+
 // ---- files ----
 
 std::string writeTemp(const std::string& name, const std::string& text)
