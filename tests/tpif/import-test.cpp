@@ -417,11 +417,15 @@ TEST(TpifImport, SeveralFilesGoIntoOneDictionaryAndAFailureSparesTheOthers)
 {
     const auto a = writeTemp("a.tpif", jobDoc("\t\t<sides syntax=\"keyword\">two-sided-long-edge</sides>\n"
                                               "\t\t<finishings syntax=\"1setOf\"><value syntax=\"enum\">20</value>"
-                                              "</finishings>\n"));
+                                              "</finishings>\n<media-col syntax=\"collection\">"
+                                              "<media-weight-metric syntax=\"integer\">90</media-weight-metric>"
+                                              "</media-col>\n"));
     const auto bad = writeTemp("bad.tpif", "<tpif><job-template-attributes>");
     const auto b =
         writeTemp("b.tpif", jobDoc("\t\t<sides syntax=\"keyword\">one-sided</sides>\n"
-                                   "\t\t<page-delivery syntax=\"keyword\">same-order-face-up</page-delivery>\n"));
+                                   "\t\t<page-delivery syntax=\"keyword\">same-order-face-up</page-delivery>\n"
+                                   "<media-col syntax=\"collection\"><media-color syntax=\"keyword\">blue"
+                                   "</media-color></media-col>\n"));
     std::vector<OSStatus> statuses;
     auto d = TPIFImportFilesIntoDictionary({a, bad, b, "/nonexistent/x.tpif"}, &statuses);
     EXPECT_EQ(statuses, (std::vector<OSStatus>{noErr, kImportFileFailed, noErr, kImportFileFailed}));
@@ -429,6 +433,8 @@ TEST(TpifImport, SeveralFilesGoIntoOneDictionaryAndAFailureSparesTheOthers)
     EXPECT_EQ(d->getInt("com.talmo.print.OutputOrder"), 4);
     // The first file's staple still decides the choice after the second file.
     EXPECT_EQ(d->getInt("com.talmo.print.FinishingOptions"), 4);
+    // A sub-dictionary an earlier file began is added to.
+    EXPECT_EQ(show(d->get("com.talmo.print.JobLevelStock")), "{Weight=90, Color=2}");
     EXPECT_EQ(TPIFImportFileAtPath(a, nullptr), paramErr);
     for (const auto& p : {a, bad, b})
         std::filesystem::remove(p);
