@@ -2,6 +2,7 @@
 // several files into one dictionary and the merge into the session's ticket.
 #include "tpif-test-util.h"
 
+#include "../settings/prefs-fixture.h"
 #include "device/device.h"
 #include "platform/plist.h"
 #include "platform/session.h"
@@ -402,6 +403,51 @@ TEST(TpifImport, StockCodesThroughExportAndImport)
         ++count;
     }
     EXPECT_EQ(count, 46 + 22);
+}
+
+// Form offsets: written in hundredths of a millimetre, imported in the record's own unit, so a
+// record saved from the import writes the same numbers again.
+class FormOffsets : public talmo::test::PrefsHome { };
+
+TEST_F(FormOffsets, ExportImportSaveExportKeepTheNumbers)
+{
+    const struct {
+        int inches, x, y;
+        const char* written; // x and y in hundredths of a millimetre
+    } cases[] = {
+        {1, 1921, -1299, "48793 -32995"}, {0, 4880, -3300, "48800 -33000"}, {1, 100, 0, "2540 0"}, {0, -1, 7, "-10 70"},
+        {1, -1, 1, "-25 25"},
+    };
+    auto shifts = [](const std::string& doc) {
+        auto number = [&](const std::string& tag) {
+            const size_t at = doc.find("<" + tag + " syntax=\"integer\">");
+            return at == std::string::npos
+                       ? std::string("none")
+                       : doc.substr(doc.find('>', at) + 1, doc.find("</", at) - doc.find('>', at) - 1);
+        };
+        return number("forms-x-image-shift") + " " + number("forms-y-image-shift");
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.written);
+        auto ticket = plistDict(kAll + "<key>com.talmo.print.JobType</key><dict><key>JobType</key><integer>9</integer>"
+                                       "</dict><key>com.talmo.print.BackgroundFormsOptions</key><dict>"
+                                       "<key>UseExistingForm</key><integer>2</integer><key>MergeWithString</key>"
+                                       "<string>F</string></dict>");
+        auto forms = ticket->getDict("com.talmo.print.BackgroundFormsOptions");
+        forms->setInt("Inches", c.inches), forms->setInt("X1", c.x), forms->setInt("Y1", c.y);
+        const std::string first = exportText(ticket);
+        EXPECT_EQ(shifts(first), c.written);
+        auto imported = importText(first);
+        // The panel's save: the record read from the ticket and written back.
+        Ticket saved;
+        ASSERT_EQ(saved.loadDictionary(imported, "TALMO"), noErr);
+        pl::DictPtr stored;
+        ASSERT_EQ(TicketGetDict(&saved, kBackgroundFormsOptionsKey, &stored), noErr);
+        ASSERT_EQ(WriteBackgroundFormsToTicket(BackgroundFormsOptions(stored), 9, &saved), noErr);
+        auto again = saved.asDictionary();
+        again->set("com.talmo.print.TPIFOptions", ticket->get("com.talmo.print.TPIFOptions"));
+        EXPECT_EQ(shifts(exportText(again)), c.written);
+    }
 }
 
 // ---- files ----
