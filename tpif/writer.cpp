@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdarg>
+#include <cstring>
 
 namespace talmo {
 
@@ -38,34 +39,77 @@ void diag(const char* fmt, ...)
 
 int32_t clamp32(int64_t v) { return static_cast<int32_t>(std::clamp<int64_t>(v, INT32_MIN, INT32_MAX)); }
 
-std::optional<int32_t> getI32(const pl::DictPtr& d, const char* k)
+// The value under `k`, borrowed: the ticket outlives the write, and the writer reads tens of
+// thousands of entries, where copying a shared pointer per read (two atomic counts) and a
+// string per text cost more than the reads. Record dictionaries are small and are searched
+// directly; large ones through their index.
+const pl::Value* valueOf(const pl::DictPtr& d, std::string_view k)
 {
-    // One look-up per key: the writer reads thousands of entries.
-    const pl::ValuePtr v = d ? d->get(k) : nullptr;
+    if (!d)
+        return nullptr;
+    if (d->size() > 16)
+        return d->get(k).get();
+    for (const auto& [key, v] : d->entries())
+        if (key.size() == k.size() && std::memcmp(key.data(), k.data(), k.size()) == 0)
+            return v.get();
+    return nullptr;
+}
+
+template <class T> const T* valueAs(const pl::DictPtr& d, std::string_view k)
+{
+    const pl::Value* v = valueOf(d, k);
+    return v && v->type() == pl::typeOf<T>() ? static_cast<const T*>(v) : nullptr;
+}
+
+std::optional<int32_t> getI32(const pl::DictPtr& d, std::string_view k)
+{
+    const pl::Value* v = valueOf(d, k);
     if (!v)
         return std::nullopt;
-    if (auto i = pl::as<pl::Integer>(v))
-        return clamp32(i->value);
-    if (auto b = pl::as<pl::Boolean>(v))
-        return b->value ? 1 : 0;
-    if (auto r = pl::as<pl::Real>(v); r && std::trunc(r->value) == r->value && std::abs(r->value) < 9.0e18)
-        return clamp32(static_cast<int64_t>(r->value));
+    switch (v->type()) {
+    case pl::Type::Integer:
+        return clamp32(static_cast<const pl::Integer*>(v)->value);
+    case pl::Type::Boolean:
+        return static_cast<const pl::Boolean*>(v)->value ? 1 : 0;
+    case pl::Type::Real: {
+        const double r = static_cast<const pl::Real*>(v)->value;
+        if (std::trunc(r) == r && std::abs(r) < 9.0e18)
+            return clamp32(static_cast<int64_t>(r));
+        return std::nullopt;
+    }
+    default:
+        return std::nullopt;
+    }
+}
+
+int32_t getI32Or(const pl::DictPtr& d, std::string_view k, int32_t fallback) { return getI32(d, k).value_or(fallback); }
+
+// A whole number as the dictionary's getInt reads it: an integer, or an integral real.
+std::optional<int64_t> getInt(const pl::DictPtr& d, std::string_view k)
+{
+    if (auto i = valueAs<pl::Integer>(d, k))
+        return i->value;
+    if (auto r = valueAs<pl::Real>(d, k))
+        if (std::isfinite(r->value) && r->value == std::trunc(r->value) && r->value >= -9.2e18 && r->value <= 9.2e18)
+            return static_cast<int64_t>(r->value);
     return std::nullopt;
 }
 
-int32_t getI32Or(const pl::DictPtr& d, const char* k, int32_t fallback) { return getI32(d, k).value_or(fallback); }
+std::optional<bool> getBool(const pl::DictPtr& d, std::string_view k)
+{
+    auto b = valueAs<pl::Boolean>(d, k);
+    return b ? std::optional<bool>(b->value) : std::nullopt;
+}
 
 // A flag "is set": boolean true or a non-zero number.
-bool isSet(const pl::DictPtr& d, const char* k) { return getI32(d, k).value_or(0) != 0; }
+bool isSet(const pl::DictPtr& d, std::string_view k) { return getI32(d, k).value_or(0) != 0; }
 
-bool has(const pl::DictPtr& d, const char* k) { return d && d->contains(k); }
+bool has(const pl::DictPtr& d, std::string_view k) { return valueOf(d, k) != nullptr; }
 
-std::optional<std::string> escaped(const pl::DictPtr& d, const char* k)
+std::optional<std::string> escaped(const pl::DictPtr& d, std::string_view k)
 {
-    if (!d)
-        return std::nullopt;
-    if (auto s = d->getString(k))
-        return XMLCreateStringByEscapingEntities(*s);
+    if (auto s = valueAs<pl::String>(d, k))
+        return XMLCreateStringByEscapingEntities(s->text);
     return std::nullopt;
 }
 
@@ -231,14 +275,13 @@ bool TPifStockSizeDimensions(int32_t size, uint32_t& width, uint32_t& length)
 void FillMediaData(MediaData& m, const pl::DictPtr& stockIn)
 {
     const pl::DictPtr stock = stockIn ? stockIn : pl::makeDict();
-    if (stock->contains("Source")) {
+    if (has(stock, "Source")) {
         // Only the post-process inserter (10) has a media keyword; any other source is unknown.
         m.source = getI32Or(stock, "Source", 0) == 10 ? 0 : 1;
         return;
     }
-    if (stock->contains("CustomNameOnly")) {
-        auto flag = pl::as<pl::Boolean>(stock->get("CustomNameOnly"));
-        if (!flag || !flag->value)
+    if (has(stock, "CustomNameOnly")) {
+        if (!getBool(stock, "CustomNameOnly").value_or(false))
             return; // deliberately left unfilled
         if (auto name = escaped(stock, "CustomName"))
             m.mediaKey = std::move(name);
@@ -334,9 +377,9 @@ void FillImageShift(PageData& page, const pl::DictPtr& shift)
 {
     if (!shift)
         return;
-    const bool inches = !shift->contains("Inches") || getI32Or(shift, "Inches", 1) > 0;
-    const bool full = shift->getBool("FullPrecision").value_or(false);
-    auto conv = [&](const char* k) { return TPifShiftToHundredthsMm(shift->getInt(k).value_or(0), inches, full); };
+    const bool inches = !has(shift, "Inches") || getI32Or(shift, "Inches", 1) > 0;
+    const bool full = getBool(shift, "FullPrecision").value_or(false);
+    auto conv = [&](const char* k) { return TPifShiftToHundredthsMm(getInt(shift, k).value_or(0), inches, full); };
     page.hasImageShift = true;
     page.xSide1 = conv("X1");
     page.xSide2 = conv("X2");
