@@ -25,30 +25,26 @@ protected:
         d->set("NewFormsArray", created);
         return pl::writePlist(d);
     }
-    static pl::ArrayPtr existingOf(const BackgroundFormsOptions& o)
+    // The two history arrays, as the dialogs get them.
+    static pl::ArrayPtr existingOf(const BackgroundFormsOptions& o, bool newForms = false)
     {
         pl::ArrayPtr a;
-        EXPECT_EQ(o.existingFormsArray(&a), noErr);
+        EXPECT_EQ(newForms ? o.newFormsArray(&a) : o.existingFormsArray(&a), noErr);
         return a;
     }
-    static pl::ArrayPtr newOf(const BackgroundFormsOptions& o)
-    {
-        pl::ArrayPtr a;
-        EXPECT_EQ(o.newFormsArray(&a), noErr);
-        return a;
-    }
+    static pl::ArrayPtr newOf(const BackgroundFormsOptions& o) { return existingOf(o, true); }
 };
 
 TEST_F(BackgroundFormsTest, DictionaryHoldsTheFieldsAndTheNameOfTheChosenForm)
 {
     BackgroundFormsOptions o;
-    EXPECT_EQ(
-        pl::writePlist(o.asTicket()),
-        pl::writePlist(pl::as<pl::Dictionary>(pl::readPlist(
-            "<plist><dict><key>UseExistingForm</key><integer>1</integer><key>CyclePages</key><integer>2</integer>"
-            "<key>Inches</key><integer>1</integer><key>X1</key><integer>0</integer><key>Y1</key><integer>0</integer>"
-            "<key>UseDocumentName</key><integer>1</integer><key>ApplyPagesFrom</key><integer>1</integer>"
-            "</dict></plist>"))));
+    const std::string defaults =
+        "<key>UseExistingForm</key><integer>1</integer><key>CyclePages</key><integer>2</integer>"
+        "<key>Inches</key><integer>1</integer><key>X1</key><integer>0</integer><key>Y1</key>"
+        "<integer>0</integer><key>UseDocumentName</key><integer>1</integer><key>ApplyPagesFrom"
+        "</key><integer>1</integer>";
+    EXPECT_EQ(pl::writePlist(o.asTicket()),
+              pl::writePlist(pl::readPlist("<plist><dict>" + defaults + "</dict></plist>")));
     o.setMergeWithString("Letterhead");
     o.setNewFormString("Invoice");
     EXPECT_FALSE(o.asTicket()->contains("MergeWithString")); // a new form is being made
@@ -143,20 +139,15 @@ TEST_F(BackgroundFormsTest, HistoryComesFromTheUserThenTheFeatureFile)
 {
     EXPECT_TRUE(existingOf(BackgroundFormsOptions())->empty()); // no file anywhere
     std::filesystem::remove(userFile());                        // the record saved its empty history
-
     auto shipped = strings({"Shipped A"});
     shipped->append(pl::makeInt(7)); // not a string: dropped
     writeRaw(shippedFeatures(), history(shipped, strings({"Shipped New"})));
     EXPECT_TRUE(pl::equal(existingOf(BackgroundFormsOptions()), strings({"Shipped A"})));
     EXPECT_TRUE(pl::equal(newOf(BackgroundFormsOptions()), strings({"Shipped New"})));
-
-    auto mine = pl::makeDict();
-    mine->set("ExistingFormsArray", strings({"Mine"}));
-    writeRaw(userFile(), pl::writePlist(mine));
+    writeRaw(userFile(), history(strings({"Mine"}), nullptr)); // a null array stays out
     EXPECT_TRUE(pl::equal(existingOf(BackgroundFormsOptions()), strings({"Mine"})));
     EXPECT_TRUE(newOf(BackgroundFormsOptions())->empty()); // missing in the file used
-
-    writeRaw(userFile(), "<plist><dict><key>broken"); // damaged: the shipped history again
+    writeRaw(userFile(), "<plist><dict><key>broken");      // damaged: the shipped history again
     EXPECT_TRUE(pl::equal(existingOf(BackgroundFormsOptions()), strings({"Shipped A"})));
 }
 
