@@ -6,6 +6,8 @@
 #include "tpif/escape.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cmath>
 #include <cstdarg>
 #include <cstring>
@@ -55,13 +57,56 @@ const pl::Value* valueOf(const pl::DictPtr& d, std::string_view k)
     return nullptr;
 }
 
-template <class T> const T* valueAs(const pl::DictPtr& d, std::string_view k)
+// A record dictionary read many times over (a stock, an exception page, its colour options):
+// its entries are indexed once by key length, so each read compares the wanted key with the
+// one or two entries of that length instead of scanning them all.
+class View {
+public:
+    explicit View(const pl::Dictionary* d) : dict_(d)
+    {
+        if (!d || d->size() > 16)
+            return;
+        const auto& entries = d->entries();
+        for (size_t i = 0; i < entries.size(); ++i)
+            byLength_[std::min(entries[i].first.size(), kLongKeys)] |= static_cast<uint16_t>(1u << i);
+    }
+    explicit View(const pl::DictPtr& d) : View(d.get()) { }
+
+    bool valid() const { return dict_ != nullptr; }
+    const pl::Value* get(std::string_view k) const
+    {
+        if (!dict_)
+            return nullptr;
+        if (dict_->size() > 16)
+            return dict_->get(k).get();
+        for (unsigned m = byLength_[std::min(k.size(), kLongKeys)]; m; m &= m - 1) {
+            const auto& [key, v] = dict_->entries()[static_cast<size_t>(std::countr_zero(m))];
+            if (key == k)
+                return v.get();
+        }
+        return nullptr;
+    }
+    View view(std::string_view k) const
+    {
+        const pl::Value* v = get(k);
+        return View(v && v->type() == pl::Type::Dictionary ? static_cast<const pl::Dictionary*>(v) : nullptr);
+    }
+
+private:
+    static constexpr size_t kLongKeys = 47; // keys this long or longer share the last slot
+    const pl::Dictionary* dict_;
+    std::array<uint16_t, kLongKeys + 1> byLength_{};
+};
+
+const pl::Value* valueOf(const View& d, std::string_view k) { return d.get(k); }
+
+template <class T, class D> const T* valueAs(const D& d, std::string_view k)
 {
     const pl::Value* v = valueOf(d, k);
     return v && v->type() == pl::typeOf<T>() ? static_cast<const T*>(v) : nullptr;
 }
 
-std::optional<int32_t> getI32(const pl::DictPtr& d, std::string_view k)
+template <class D> std::optional<int32_t> getI32(const D& d, std::string_view k)
 {
     const pl::Value* v = valueOf(d, k);
     if (!v)
@@ -82,10 +127,13 @@ std::optional<int32_t> getI32(const pl::DictPtr& d, std::string_view k)
     }
 }
 
-int32_t getI32Or(const pl::DictPtr& d, std::string_view k, int32_t fallback) { return getI32(d, k).value_or(fallback); }
+template <class D> int32_t getI32Or(const D& d, std::string_view k, int32_t fallback)
+{
+    return getI32(d, k).value_or(fallback);
+}
 
 // A whole number as the dictionary's getInt reads it: an integer, or an integral real.
-std::optional<int64_t> getInt(const pl::DictPtr& d, std::string_view k)
+template <class D> std::optional<int64_t> getInt(const D& d, std::string_view k)
 {
     if (auto i = valueAs<pl::Integer>(d, k))
         return i->value;
@@ -95,22 +143,57 @@ std::optional<int64_t> getInt(const pl::DictPtr& d, std::string_view k)
     return std::nullopt;
 }
 
-std::optional<bool> getBool(const pl::DictPtr& d, std::string_view k)
+template <class D> std::optional<bool> getBool(const D& d, std::string_view k)
 {
     auto b = valueAs<pl::Boolean>(d, k);
     return b ? std::optional<bool>(b->value) : std::nullopt;
 }
 
 // A flag "is set": boolean true or a non-zero number.
-bool isSet(const pl::DictPtr& d, std::string_view k) { return getI32(d, k).value_or(0) != 0; }
+template <class D> bool isSet(const D& d, std::string_view k) { return getI32(d, k).value_or(0) != 0; }
 
-bool has(const pl::DictPtr& d, std::string_view k) { return valueOf(d, k) != nullptr; }
+template <class D> bool has(const D& d, std::string_view k) { return valueOf(d, k) != nullptr; }
 
-std::optional<std::string> escaped(const pl::DictPtr& d, std::string_view k)
+template <class D> std::optional<std::string> escaped(const D& d, std::string_view k)
 {
     if (auto s = valueAs<pl::String>(d, k))
         return XMLCreateStringByEscapingEntities(s->text);
     return std::nullopt;
+}
+
+// A large job's records lie scattered over the heap, and reading them one value at a time as
+// the lines are written leaves the writer waiting on one cache miss after another. So the
+// records ahead are fetched in stages, one layer per record written: the dictionary, its
+// entries, its values, then the entries and values of the dictionaries inside it. Each stage
+// reads only what the stage before asked for an entry earlier, so it never waits itself.
+void prefetchLayer(const pl::Dictionary* d, int layer)
+{
+    if (layer == 0) {
+        __builtin_prefetch(d);
+        return;
+    }
+    const auto& entries = d->entries();
+    if (layer == 1) {
+        __builtin_prefetch(entries.data());
+        return;
+    }
+    for (const auto& [key, v] : entries) {
+        if (layer == 2) {
+            __builtin_prefetch(key.data());
+            __builtin_prefetch(v.get());
+        } else if (v->type() == pl::Type::Dictionary) {
+            prefetchLayer(static_cast<const pl::Dictionary*>(v.get()), layer - 2);
+        }
+    }
+}
+
+constexpr size_t kPrefetchLayers = 5;
+
+void prefetchAhead(const std::vector<pl::DictPtr>& entries, size_t current)
+{
+    for (size_t layer = 0; layer < kPrefetchLayers; ++layer)
+        if (size_t ahead = current + kPrefetchLayers - layer; ahead < entries.size())
+            prefetchLayer(entries[ahead].get(), static_cast<int>(layer));
 }
 
 // Entries of a list that are dictionaries.
@@ -231,6 +314,10 @@ MediaColorSlot mediaColorIndex(int32_t stockColor)
     }
 }
 
+void fillMedia(MediaData& m, const View& stock);
+void fillImageShift(PageData& page, const View& shift);
+void fillFullColor(PageData& p, const View& c);
+
 void writeMediaFrom(const writeData* sink, const pl::DictPtr& stock)
 {
     MediaData media;
@@ -272,9 +359,13 @@ bool TPifStockSizeDimensions(int32_t size, uint32_t& width, uint32_t& length)
     return false;
 }
 
-void FillMediaData(MediaData& m, const pl::DictPtr& stockIn)
+void FillMediaData(MediaData& m, const pl::DictPtr& stock) { fillMedia(m, View(stock)); }
+
+namespace {
+
+// A missing stock reads as an empty one.
+void fillMedia(MediaData& m, const View& stock)
 {
-    const pl::DictPtr stock = stockIn ? stockIn : pl::makeDict();
     if (has(stock, "Source")) {
         // Only the post-process inserter (10) has a media keyword; any other source is unknown.
         m.source = getI32Or(stock, "Source", 0) == 10 ? 0 : 1;
@@ -346,6 +437,8 @@ void FillMediaData(MediaData& m, const pl::DictPtr& stockIn)
     }
 }
 
+} // namespace
+
 void FillJobTypeData(JobData& job, const pl::DictPtr& jobType, const pl::DictPtr& ticket)
 {
     const int32_t type = getI32Or(jobType, "JobType", 1);
@@ -373,9 +466,15 @@ void FillJobTypeData(JobData& job, const pl::DictPtr& jobType, const pl::DictPtr
     job.saveLocation = escaped(jobType, "SavedJobLocation").value_or("file:///job-repository/");
 }
 
-void FillImageShift(PageData& page, const pl::DictPtr& shift)
+void FillImageShift(PageData& page, const pl::DictPtr& shift) { fillImageShift(page, View(shift)); }
+
+void FillFullColorOptions(PageData& p, const pl::DictPtr& c) { fillFullColor(p, View(c)); }
+
+namespace {
+
+void fillImageShift(PageData& page, const View& shift)
 {
-    if (!shift)
+    if (!shift.valid())
         return;
     const bool inches = !has(shift, "Inches") || getI32Or(shift, "Inches", 1) > 0;
     const bool full = getBool(shift, "FullPrecision").value_or(false);
@@ -387,15 +486,15 @@ void FillImageShift(PageData& page, const pl::DictPtr& shift)
     page.ySide2 = conv("Y2");
 }
 
-void FillFullColorOptions(PageData& p, const pl::DictPtr& c)
+void fillFullColor(PageData& p, const View& c)
 {
-    if (!c)
+    if (!c.valid())
         return;
-    auto num = [&](const pl::DictPtr& d, const char* k) { return getI32Or(d, k, kTPifColorUnset); };
+    auto num = [&](const View& d, const char* k) { return getI32Or(d, k, kTPifColorUnset); };
     p.lightness = num(c, "FCLightness");
     p.contrast = num(c, "FCContrast");
     p.saturation = num(c, "FCSaturation");
-    if (auto cast = c->getDict("FCColorCast")) {
+    if (const View cast = c.view("FCColorCast"); cast.valid()) {
         p.cyanRed = num(cast, "FCCyanRed");
         p.magentaGreen = num(cast, "FCMagentaGreen");
         p.yellowBlue = num(cast, "FCYellowBlue");
@@ -421,6 +520,8 @@ void FillFullColorOptions(PageData& p, const pl::DictPtr& c)
     p.renderText = num(c, "TextRendering");
     p.renderGraphics = num(c, "GraphicRendering");
 }
+
+} // namespace
 
 void FillHighlightColorData(HighlightColorData& h, const pl::DictPtr& d)
 {
@@ -481,9 +582,11 @@ void WriteTPIFInserts(const writeData* sink, const pl::DictPtr& t)
     if (entries.empty())
         return;
     WriteTPifSpecialPagesStart(sink, 1);
-    for (const auto& e : entries) {
+    for (size_t i = 0; i < entries.size(); ++i) {
+        prefetchAhead(entries, i);
+        const View e(entries[i]);
         MediaData media;
-        FillMediaData(media, e->getDict("Stock"));
+        fillMedia(media, e.view("Stock"));
         WriteTPifInserts(sink, getI32Or(e, "StartPage", 1), getI32Or(e, "Quantity", 1), media);
         FinalizeMediaData(media);
     }
@@ -496,7 +599,9 @@ void WriteTPIFExceptions(const writeData* sink, const pl::DictPtr& t)
     if (entries.empty())
         return;
     WriteTPifSpecialPagesStart(sink, 0);
-    for (const auto& e : entries) {
+    for (size_t i = 0; i < entries.size(); ++i) {
+        prefetchAhead(entries, i);
+        const View e(entries[i]);
         PageData page;
         page.lower = getI32Or(e, "StartPage", 1);
         page.upper = getI32Or(e, "EndPage", 1);
@@ -508,13 +613,13 @@ void WriteTPIFExceptions(const writeData* sink, const pl::DictPtr& t)
             page.hasLightenDarken = true;
             page.lightenDarken = *ld;
         }
-        FillImageShift(page, e->getDict(kImageShiftOptionsPageKey));
-        FillFullColorOptions(page, e->getDict("FullColorOptionsPage"));
+        fillImageShift(page, e.view(kImageShiftOptionsPageKey));
+        fillFullColor(page, e.view("FullColorOptionsPage"));
         page.antialiasing = getI32Or(e, "Antialiasing", kTPifColorUnset);
         page.halftone = getI32Or(e, "HalftoneScreen", kTPifColorUnset);
         page.colorEffects = getI32Or(e, "OutputColor", kTPifColorUnset);
         MediaData media;
-        FillMediaData(media, e->getDict("Stock"));
+        fillMedia(media, e.view("Stock"));
         WriteTPifPageExceptions(sink, page, media);
         FinalizeMediaData(media);
         FinalizePageData(page);
