@@ -26,11 +26,6 @@ pl::ArrayPtr stringsOf(const pl::ValuePtr& v)
     return out;
 }
 
-pl::ArrayPtr copyOrEmpty(const pl::ArrayPtr& a)
-{
-    return a ? std::static_pointer_cast<pl::Array>(pl::deepCopy(pl::ValuePtr(a))) : pl::makeArray();
-}
-
 OSStatus get(int32_t field, int32_t* out)
 {
     if (!out)
@@ -55,8 +50,8 @@ BackgroundFormsOptions::BackgroundFormsOptions(const pl::DictPtr& dict)
 BackgroundFormsOptions::BackgroundFormsOptions(const BackgroundFormsOptions& other)
     : useExistingForm_(other.useExistingForm_), cyclePages_(other.cyclePages_), inches_(other.inches_),
       xOffset_(other.xOffset_), yOffset_(other.yOffset_), useDocumentName_(other.useDocumentName_),
-      applyPagesFrom_(other.applyPagesFrom_), existingFormsArray_(copyOrEmpty(other.existingFormsArray_)),
-      newFormsArray_(copyOrEmpty(other.newFormsArray_)), mergeWithString_(other.mergeWithString_),
+      applyPagesFrom_(other.applyPagesFrom_), existingFormsArray_(other.existingFormsArray_),
+      newFormsArray_(other.newFormsArray_), mergeWithString_(other.mergeWithString_),
       newFormString_(other.newFormString_)
 {
 }
@@ -71,8 +66,10 @@ BackgroundFormsOptions& BackgroundFormsOptions::operator=(const BackgroundFormsO
     yOffset_ = other.yOffset_;
     useDocumentName_ = other.useDocumentName_;
     applyPagesFrom_ = other.applyPagesFrom_;
-    existingFormsArray_ = copyOrEmpty(other.existingFormsArray_);
-    newFormsArray_ = copyOrEmpty(other.newFormsArray_);
+    // The histories are shared, not copied: every copy saves them when it goes, and a name
+    // added through one copy must survive whichever copy goes last.
+    existingFormsArray_ = other.existingFormsArray_;
+    newFormsArray_ = other.newFormsArray_;
     mergeWithString_ = other.mergeWithString_;
     newFormString_ = other.newFormString_;
     return *this;
@@ -276,6 +273,17 @@ bool BackgroundFormsOptions::saveHistory() const
     prefs->set(kExistingFormsKey, existingFormsArray_ ? existingFormsArray_ : pl::makeArray());
     prefs->set(kNewFormsKey, newFormsArray_ ? newFormsArray_ : pl::makeArray());
     return WriteUserPreferences(kBackgroundFormsFile, prefs);
+}
+
+OSStatus WriteBackgroundFormsToTicket(const BackgroundFormsOptions& options, int32_t jobType, Ticket* ticket)
+{
+    if (!ticket)
+        return paramErr;
+    // Only a background form job carries the options; for any other job type an item left
+    // from an earlier save would put forms into the job ticket.
+    if (jobType != kBackgroundFormsJobType)
+        return TicketRemove(ticket, kBackgroundFormsOptionsKey);
+    return TicketSetDict(ticket, kBackgroundFormsOptionsKey, options.asTicket(), kBackgroundFormsTicketCreator);
 }
 
 OSStatus ApplyBackgroundFormsPages(BackgroundFormsOptions& options, int32_t row, int32_t fromFormPage)

@@ -38,7 +38,7 @@ public:
     BackgroundFormsOptions();
     // Defaults, then fromTicket.
     explicit BackgroundFormsOptions(const pl::DictPtr& dict);
-    // Copies hold their own history arrays.
+    // Copies share the history arrays: a name a dialog adds through one copy is seen by all.
     BackgroundFormsOptions(const BackgroundFormsOptions& other);
     BackgroundFormsOptions& operator=(const BackgroundFormsOptions& other);
     ~BackgroundFormsOptions();
@@ -100,6 +100,13 @@ private:
     Name mergeWithString_;
     Name newFormString_;
 };
+
+// The save of the Paper/Output panel: the options' dictionary under kBackgroundFormsOptionsKey
+// with the creator kBackgroundFormsTicketCreator when `jobType` is kBackgroundFormsJobType;
+// for any other job type the item is removed, so the ticket never carries forms for a job
+// that is not a background form job. paramErr for a null ticket; kPMTicketItemLocked when
+// the item is locked (nothing changes).
+OSStatus WriteBackgroundFormsToTicket(const BackgroundFormsOptions& options, int32_t jobType, Ticket* ticket);
 
 // The background form dialog's OK, without the toolkit. Apply-pages row 1 "Throughout Job"
 // stores cyclePages 1, row 2 "Once" 0, row 3 "Once, Then Repeat" the from-form-page value

@@ -5,6 +5,7 @@
 #include "tpif/import_p.h"
 
 #include <cmath>
+#include <optional>
 #include <string>
 #include <unordered_map>
 
@@ -297,12 +298,16 @@ void importStockType(const pl::DictPtr& feature, _TPIFImportFeatureContext& c)
             type = static_cast<int32_t>(n->value);
         else if (auto s = pl::as<pl::String>(v); s && syntax == kTPIFSyntaxName)
             customType = s->text;
+        else if (keywordOf(feature, node) == "Bond")
+            type = 13; // a type of the printer's own list, which the keyword map does not name
     }
     if (keywordOf(feature, TPIFImportGetNode(c.start, ".media-col.media-recycled")) == "Recycled")
         type = 10;
     const std::string prePrinted = keywordOf(feature, TPIFImportGetNode(c.start, ".media-col.media-pre-printed"));
-    if (prePrinted == "PrePrinted" || prePrinted == "LetterHead")
+    if (prePrinted == "PrePrinted")
         type = 3;
+    else if (prePrinted == "LetterHead")
+        type = 14;
     auto modulus = numberOf(feature, TPIFImportGetNode(c.start, ".media-col.media-order-count"));
     if (customType)
         type = modulus ? 6 : 7; // an ordered stock, or a custom type, both carried by name
@@ -595,6 +600,34 @@ void importCover(std::string_view id, const pl::DictPtr& feature, _TPIFImportFea
                       entry);
 }
 
+// ---- background forms ----
+
+// Form offsets arrive in hundredths of a millimetre, but the forms record keeps them in its own
+// unit ("Inches" 1: hundredths of an inch, 0: tenths of a millimetre) and reads nothing else, so
+// they are stored in that unit. Both offsets share one unit: an offset stored before is taken
+// back to hundredths of a millimetre and both are stored again, in inches when both are whole
+// hundredths of an inch as the writer rounds them, else in tenths of a millimetre (exact for
+// every offset the writer makes from millimetres; others round to nearest). So a document
+// written from the record comes back to the same numbers.
+void storeFormOffset(const pl::DictPtr& forms, const char* key, int64_t hmm)
+{
+    const char* other = std::string_view(key) == "X1" ? "Y1" : "X1";
+    std::optional<int64_t> otherHmm;
+    if (auto stored = forms->getInt(other)) {
+        const bool inches = forms->getInt("Inches").value_or(1) != 0;
+        otherHmm = TPifShiftToHundredthsMm(*stored, inches, forms->getBool("FullPrecision").value_or(false));
+    }
+    auto inInches = [](int64_t h) { return std::llround(static_cast<double>(h) / 25.4); };
+    auto exactInInches = [&](int64_t h) { return TPifShiftToHundredthsMm(inInches(h), true, false) == h; };
+    const bool inches = exactInInches(hmm) && (!otherHmm || exactInInches(*otherHmm));
+    auto unit = [&](int64_t h) { return inches ? inInches(h) : std::llround(static_cast<double>(h) / 10.0); };
+    forms->setInt(key, unit(hmm));
+    if (otherHmm)
+        forms->setInt(other, unit(*otherHmm));
+    forms->setInt("Inches", inches ? 1 : 0);
+    forms->remove("FullPrecision");
+}
+
 // What happens after a one-to-one value was stored.
 void afterOneToOne(std::string_view id, _TPIFImportFeatureContext& c, const pl::DictPtr& dest, const pl::ValuePtr& v)
 {
@@ -605,8 +638,8 @@ void afterOneToOne(std::string_view id, _TPIFImportFeatureContext& c, const pl::
     } else if (id == "FormMergeName") {
         dest->setInt("UseExistingForm", 2);
     } else if (id == "FormMergeShiftX" || id == "FormMergeShiftY") {
-        dest->setBool("FullPrecision", true);
-        dest->setInt("Inches", 0);
+        if (auto n = pl::as<pl::Integer>(v))
+            storeFormOffset(dest, id == "FormMergeShiftX" ? "X1" : "Y1", n->value);
     } else if (id == "ColorRGBSourceProfileImages" || id == "ColorRGBSourceProfileTextAndGraphics") {
         // "Adobe RGB" is a kind of its own that the writer can only write as a name.
         auto s = pl::as<pl::String>(v);

@@ -454,12 +454,15 @@ OSStatus TPIFImportFileAtPath(const std::string& path, const pl::DictPtr& dictio
     TPIFDocument doc = TPIFReadDocument(path, why);
     if (!doc)
         return kImportFileFailed;
-    // Imported into a scratch dictionary first, so nothing reaches the caller's dictionary
-    // unless the whole file was read.
-    auto imported = pl::makeDict();
+    // Imported into a copy of the caller's dictionary, so nothing reaches it unless the whole
+    // file was read. The copy, not an empty one: the files of one import share a dictionary,
+    // and a sub-dictionary an earlier file began (a stock, the job type) is added to, never
+    // replaced.
+    auto imported = pl::deepCopy(dictionary);
     const OSStatus status = importGroups(doc.get(), imported);
     if (status != noErr)
         return status;
+    dictionary->clear();
     for (const auto& [key, value] : *imported)
         dictionary->set(key, value);
     // Over the whole dictionary: details imported from an earlier file still count.

@@ -6,8 +6,11 @@
 #include "tpif/escape.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cmath>
 #include <cstdarg>
+#include <cstring>
 
 namespace talmo {
 
@@ -38,35 +41,159 @@ void diag(const char* fmt, ...)
 
 int32_t clamp32(int64_t v) { return static_cast<int32_t>(std::clamp<int64_t>(v, INT32_MIN, INT32_MAX)); }
 
-std::optional<int32_t> getI32(const pl::DictPtr& d, const char* k)
+// The value under `k`, borrowed: the ticket outlives the write, and the writer reads tens of
+// thousands of entries, where copying a shared pointer per read (two atomic counts) and a
+// string per text cost more than the reads. Record dictionaries are small and are searched
+// directly; large ones through their index.
+const pl::Value* valueOf(const pl::DictPtr& d, std::string_view k)
 {
-    // One look-up per key: the writer reads thousands of entries.
-    const pl::ValuePtr v = d ? d->get(k) : nullptr;
+    if (!d)
+        return nullptr;
+    if (d->size() > 16)
+        return d->get(k).get();
+    for (const auto& [key, v] : d->entries())
+        if (key.size() == k.size() && std::memcmp(key.data(), k.data(), k.size()) == 0)
+            return v.get();
+    return nullptr;
+}
+
+// A record dictionary read many times over (a stock, an exception page, its colour options):
+// its entries are indexed once by key length, so each read compares the wanted key with the
+// one or two entries of that length instead of scanning them all.
+class View {
+public:
+    explicit View(const pl::Dictionary* d) : dict_(d)
+    {
+        if (!d || d->size() > 16)
+            return;
+        const auto& entries = d->entries();
+        for (size_t i = 0; i < entries.size(); ++i)
+            byLength_[std::min(entries[i].first.size(), kLongKeys)] |= static_cast<uint16_t>(1u << i);
+    }
+    explicit View(const pl::DictPtr& d) : View(d.get()) { }
+
+    bool valid() const { return dict_ != nullptr; }
+    const pl::Value* get(std::string_view k) const
+    {
+        if (!dict_)
+            return nullptr;
+        if (dict_->size() > 16)
+            return dict_->get(k).get();
+        for (unsigned m = byLength_[std::min(k.size(), kLongKeys)]; m; m &= m - 1) {
+            const auto& [key, v] = dict_->entries()[static_cast<size_t>(std::countr_zero(m))];
+            if (key == k)
+                return v.get();
+        }
+        return nullptr;
+    }
+    View view(std::string_view k) const
+    {
+        const pl::Value* v = get(k);
+        return View(v && v->type() == pl::Type::Dictionary ? static_cast<const pl::Dictionary*>(v) : nullptr);
+    }
+
+private:
+    static constexpr size_t kLongKeys = 47; // keys this long or longer share the last slot
+    const pl::Dictionary* dict_;
+    std::array<uint16_t, kLongKeys + 1> byLength_{};
+};
+
+const pl::Value* valueOf(const View& d, std::string_view k) { return d.get(k); }
+
+template <class T, class D> const T* valueAs(const D& d, std::string_view k)
+{
+    const pl::Value* v = valueOf(d, k);
+    return v && v->type() == pl::typeOf<T>() ? static_cast<const T*>(v) : nullptr;
+}
+
+template <class D> std::optional<int32_t> getI32(const D& d, std::string_view k)
+{
+    const pl::Value* v = valueOf(d, k);
     if (!v)
         return std::nullopt;
-    if (auto i = pl::as<pl::Integer>(v))
-        return clamp32(i->value);
-    if (auto b = pl::as<pl::Boolean>(v))
-        return b->value ? 1 : 0;
-    if (auto r = pl::as<pl::Real>(v); r && std::trunc(r->value) == r->value && std::abs(r->value) < 9.0e18)
-        return clamp32(static_cast<int64_t>(r->value));
+    switch (v->type()) {
+    case pl::Type::Integer:
+        return clamp32(static_cast<const pl::Integer*>(v)->value);
+    case pl::Type::Boolean:
+        return static_cast<const pl::Boolean*>(v)->value ? 1 : 0;
+    case pl::Type::Real: {
+        const double r = static_cast<const pl::Real*>(v)->value;
+        if (std::trunc(r) == r && std::abs(r) < 9.0e18)
+            return clamp32(static_cast<int64_t>(r));
+        return std::nullopt;
+    }
+    default:
+        return std::nullopt;
+    }
+}
+
+template <class D> int32_t getI32Or(const D& d, std::string_view k, int32_t fallback)
+{
+    return getI32(d, k).value_or(fallback);
+}
+
+// A whole number as the dictionary's getInt reads it: an integer, or an integral real.
+template <class D> std::optional<int64_t> getInt(const D& d, std::string_view k)
+{
+    if (auto i = valueAs<pl::Integer>(d, k))
+        return i->value;
+    if (auto r = valueAs<pl::Real>(d, k))
+        if (std::isfinite(r->value) && r->value == std::trunc(r->value) && r->value >= -9.2e18 && r->value <= 9.2e18)
+            return static_cast<int64_t>(r->value);
     return std::nullopt;
 }
 
-int32_t getI32Or(const pl::DictPtr& d, const char* k, int32_t fallback) { return getI32(d, k).value_or(fallback); }
+template <class D> std::optional<bool> getBool(const D& d, std::string_view k)
+{
+    auto b = valueAs<pl::Boolean>(d, k);
+    return b ? std::optional<bool>(b->value) : std::nullopt;
+}
 
 // A flag "is set": boolean true or a non-zero number.
-bool isSet(const pl::DictPtr& d, const char* k) { return getI32(d, k).value_or(0) != 0; }
+template <class D> bool isSet(const D& d, std::string_view k) { return getI32(d, k).value_or(0) != 0; }
 
-bool has(const pl::DictPtr& d, const char* k) { return d && d->contains(k); }
+template <class D> bool has(const D& d, std::string_view k) { return valueOf(d, k) != nullptr; }
 
-std::optional<std::string> escaped(const pl::DictPtr& d, const char* k)
+template <class D> std::optional<std::string> escaped(const D& d, std::string_view k)
 {
-    if (!d)
-        return std::nullopt;
-    if (auto s = d->getString(k))
-        return XMLCreateStringByEscapingEntities(*s);
+    if (auto s = valueAs<pl::String>(d, k))
+        return XMLCreateStringByEscapingEntities(s->text);
     return std::nullopt;
+}
+
+// A large job's records lie scattered over the heap, and reading them one value at a time as
+// the lines are written leaves the writer waiting on one cache miss after another. So the
+// records ahead are fetched in stages, one layer per record written: the dictionary, its
+// entries, its values, then the entries and values of the dictionaries inside it. Each stage
+// reads only what the stage before asked for an entry earlier, so it never waits itself.
+void prefetchLayer(const pl::Dictionary* d, int layer)
+{
+    if (layer == 0) {
+        __builtin_prefetch(d);
+        return;
+    }
+    const auto& entries = d->entries();
+    if (layer == 1) {
+        __builtin_prefetch(entries.data());
+        return;
+    }
+    for (const auto& [key, v] : entries) {
+        if (layer == 2) {
+            __builtin_prefetch(key.data());
+            __builtin_prefetch(v.get());
+        } else if (v->type() == pl::Type::Dictionary) {
+            prefetchLayer(static_cast<const pl::Dictionary*>(v.get()), layer - 2);
+        }
+    }
+}
+
+constexpr size_t kPrefetchLayers = 5;
+
+void prefetchAhead(const std::vector<pl::DictPtr>& entries, size_t current)
+{
+    for (size_t layer = 0; layer < kPrefetchLayers; ++layer)
+        if (size_t ahead = current + kPrefetchLayers - layer; ahead < entries.size())
+            prefetchLayer(entries[ahead].get(), static_cast<int>(layer));
 }
 
 // Entries of a list that are dictionaries.
@@ -80,70 +207,116 @@ std::vector<pl::DictPtr> dictEntries(const pl::DictPtr& ticket, const char* k)
     return out;
 }
 
-int32_t mediaTypeIndex(int32_t stockType)
+// Where a stock type code lands in the media record: the type index, the pre-printed kind of
+// index 6 and, for the printer's custom slots, the name the slot is written with.
+struct MediaTypeSlot {
+    int32_t index;
+    int32_t prePrinted = 0;
+    const char* slotName = nullptr;
+};
+
+MediaTypeSlot mediaTypeIndex(int32_t stockType)
 {
+    static const char* const kCustomTypeSlots[] = {"Custom1", "Custom2", "Custom3", "Custom4",
+                                                   "Custom5", "Custom6", "Custom7"};
     switch (stockType) {
     case 1:
-        return 0; // plain -> stationery
+        return {0}; // plain -> stationery
     case 2:
-        return 1; // transparency
+        return {1}; // transparency
     case 3:
-        return 6; // pre-printed
+        return {6, 1}; // pre-printed
     case 4:
-        return 3; // pre-cut tabs
+        return {3}; // pre-cut tabs
     case 5:
-        return 4; // full-cut tabs
+        return {4}; // full-cut tabs
     case 6:
-        return 10; // ordered stock, by name
+        return {10}; // ordered stock, by name
     case 7:
-        return 9; // custom type, by name
+        return {9}; // custom type, by name
     case 8:
-        return 8; // envelope
+        return {8}; // envelope
     case 9:
-        return 5; // labels
+        return {5}; // labels
     case 10:
-        return 7; // recycled
+        return {7}; // recycled
+    case 13:
+        return {12}; // bond
+    case 14:
+        return {6, 2}; // letterhead
+    case 15:
+    case 16:
+    case 17:
+    case 18:
+    case 19:
+    case 20:
+    case 21:
+        return {9, 0, kCustomTypeSlots[stockType - 15]};
+    case 23: // the printer's own default type
+    case 34: // unspecified
+        return {13};
     case 24:
     case 33:
-        return 2; // tab stocks of the printer's own type list
+        return {2}; // tab stocks of the printer's own type list
     default:
-        return 11; // other
+        return {11}; // other
     }
 }
 
-int32_t mediaColorIndex(int32_t stockColor)
+struct MediaColorSlot {
+    int32_t index;
+    const char* slotName = nullptr;
+};
+
+MediaColorSlot mediaColorIndex(int32_t stockColor)
 {
+    static const char* const kCustomColorSlots[] = {"custom1", "custom2", "custom3", "custom4",
+                                                    "custom5", "custom6", "custom7"};
     switch (stockColor) {
     case 1:
-        return 1; // white
+        return {1}; // white
     case 2:
-        return 4; // blue
+        return {4}; // blue
     case 3:
-        return 3; // yellow
+        return {3}; // yellow
     case 4:
-        return 5; // green
+        return {5}; // green
     case 5:
-        return 2; // pink
+        return {2}; // pink
     case 6:
-        return 0; // clear -> no-color
+        return {0}; // clear -> no-color
     case 7:
-        return 6; // buff
+        return {6}; // buff
     case 8:
-        return 7; // goldenrod
+        return {7}; // goldenrod
     case 9:
-        return 8; // red
+        return {8}; // red
     case 10:
-        return 12; // custom, by name
+        return {12}; // custom, by the stock's own name
     case 11:
-        return 9; // ivory
+        return {9}; // ivory
     case 12:
-        return 10; // gray
+        return {10}; // gray
     case 13:
-        return 11; // orange
+        return {11}; // orange
+    case 14:
+        return {12, "other"}; // no keyword names it
+    case 15:
+    case 16:
+    case 17:
+    case 18:
+    case 19:
+    case 20:
+    case 21:
+        return {12, kCustomColorSlots[stockColor - 15]};
     default:
-        return 13; // a colour no keyword names: no colour line
+        return {13}; // unspecified or unknown: no colour line
     }
 }
+
+void fillMedia(MediaData& m, const View& stock);
+void fillImageShift(PageData& page, const View& shift);
+void fillFullColor(PageData& p, const View& c);
 
 void writeMediaFrom(const writeData* sink, const pl::DictPtr& stock)
 {
@@ -186,17 +359,20 @@ bool TPifStockSizeDimensions(int32_t size, uint32_t& width, uint32_t& length)
     return false;
 }
 
-void FillMediaData(MediaData& m, const pl::DictPtr& stockIn)
+void FillMediaData(MediaData& m, const pl::DictPtr& stock) { fillMedia(m, View(stock)); }
+
+namespace {
+
+// A missing stock reads as an empty one.
+void fillMedia(MediaData& m, const View& stock)
 {
-    const pl::DictPtr stock = stockIn ? stockIn : pl::makeDict();
-    if (stock->contains("Source")) {
+    if (has(stock, "Source")) {
         // Only the post-process inserter (10) has a media keyword; any other source is unknown.
         m.source = getI32Or(stock, "Source", 0) == 10 ? 0 : 1;
         return;
     }
-    if (stock->contains("CustomNameOnly")) {
-        auto flag = pl::as<pl::Boolean>(stock->get("CustomNameOnly"));
-        if (!flag || !flag->value)
+    if (has(stock, "CustomNameOnly")) {
+        if (!getBool(stock, "CustomNameOnly").value_or(false))
             return; // deliberately left unfilled
         if (auto name = escaped(stock, "CustomName"))
             m.mediaKey = std::move(name);
@@ -215,19 +391,24 @@ void FillMediaData(MediaData& m, const pl::DictPtr& stockIn)
         TPifStockSizeDimensions(*size, m.width, m.length);
     }
     if (auto color = getI32(stock, "Color"); color && *color != kNotSet) {
-        m.color = mediaColorIndex(*color);
-        if (m.color == 12) {
+        const MediaColorSlot slot = mediaColorIndex(*color);
+        m.color = slot.index;
+        if (slot.slotName) {
+            m.customColorName = slot.slotName;
+        } else if (m.color == 12) {
             auto name = escaped(stock, "CustomColor");
             m.customColorName = name && !name->empty() ? *name : std::string("other");
         }
     }
     if (auto type = getI32(stock, "Type"); type && *type != kNotSet) {
-        m.type = mediaTypeIndex(*type);
-        if (m.type == 6)
-            m.prePrinted = 1;
+        const MediaTypeSlot slot = mediaTypeIndex(*type);
+        m.type = slot.index;
+        m.prePrinted = slot.prePrinted;
         if (m.type == 7)
             m.recycled = 1;
-        if (m.type == 9 || m.type == 10) {
+        if (slot.slotName) {
+            m.customTypeName = slot.slotName;
+        } else if (m.type == 9 || m.type == 10) {
             auto name = escaped(stock, "CustomType");
             m.customTypeName = name && !name->empty() ? *name : std::string("other");
         }
@@ -256,6 +437,8 @@ void FillMediaData(MediaData& m, const pl::DictPtr& stockIn)
     }
 }
 
+} // namespace
+
 void FillJobTypeData(JobData& job, const pl::DictPtr& jobType, const pl::DictPtr& ticket)
 {
     const int32_t type = getI32Or(jobType, "JobType", 1);
@@ -283,13 +466,19 @@ void FillJobTypeData(JobData& job, const pl::DictPtr& jobType, const pl::DictPtr
     job.saveLocation = escaped(jobType, "SavedJobLocation").value_or("file:///job-repository/");
 }
 
-void FillImageShift(PageData& page, const pl::DictPtr& shift)
+void FillImageShift(PageData& page, const pl::DictPtr& shift) { fillImageShift(page, View(shift)); }
+
+void FillFullColorOptions(PageData& p, const pl::DictPtr& c) { fillFullColor(p, View(c)); }
+
+namespace {
+
+void fillImageShift(PageData& page, const View& shift)
 {
-    if (!shift)
+    if (!shift.valid())
         return;
-    const bool inches = !shift->contains("Inches") || getI32Or(shift, "Inches", 1) > 0;
-    const bool full = shift->getBool("FullPrecision").value_or(false);
-    auto conv = [&](const char* k) { return TPifShiftToHundredthsMm(shift->getInt(k).value_or(0), inches, full); };
+    const bool inches = !has(shift, "Inches") || getI32Or(shift, "Inches", 1) > 0;
+    const bool full = getBool(shift, "FullPrecision").value_or(false);
+    auto conv = [&](const char* k) { return TPifShiftToHundredthsMm(getInt(shift, k).value_or(0), inches, full); };
     page.hasImageShift = true;
     page.xSide1 = conv("X1");
     page.xSide2 = conv("X2");
@@ -297,15 +486,15 @@ void FillImageShift(PageData& page, const pl::DictPtr& shift)
     page.ySide2 = conv("Y2");
 }
 
-void FillFullColorOptions(PageData& p, const pl::DictPtr& c)
+void fillFullColor(PageData& p, const View& c)
 {
-    if (!c)
+    if (!c.valid())
         return;
-    auto num = [&](const pl::DictPtr& d, const char* k) { return getI32Or(d, k, kTPifColorUnset); };
+    auto num = [&](const View& d, const char* k) { return getI32Or(d, k, kTPifColorUnset); };
     p.lightness = num(c, "FCLightness");
     p.contrast = num(c, "FCContrast");
     p.saturation = num(c, "FCSaturation");
-    if (auto cast = c->getDict("FCColorCast")) {
+    if (const View cast = c.view("FCColorCast"); cast.valid()) {
         p.cyanRed = num(cast, "FCCyanRed");
         p.magentaGreen = num(cast, "FCMagentaGreen");
         p.yellowBlue = num(cast, "FCYellowBlue");
@@ -331,6 +520,8 @@ void FillFullColorOptions(PageData& p, const pl::DictPtr& c)
     p.renderText = num(c, "TextRendering");
     p.renderGraphics = num(c, "GraphicRendering");
 }
+
+} // namespace
 
 void FillHighlightColorData(HighlightColorData& h, const pl::DictPtr& d)
 {
@@ -391,9 +582,11 @@ void WriteTPIFInserts(const writeData* sink, const pl::DictPtr& t)
     if (entries.empty())
         return;
     WriteTPifSpecialPagesStart(sink, 1);
-    for (const auto& e : entries) {
+    for (size_t i = 0; i < entries.size(); ++i) {
+        prefetchAhead(entries, i);
+        const View e(entries[i]);
         MediaData media;
-        FillMediaData(media, e->getDict("Stock"));
+        fillMedia(media, e.view("Stock"));
         WriteTPifInserts(sink, getI32Or(e, "StartPage", 1), getI32Or(e, "Quantity", 1), media);
         FinalizeMediaData(media);
     }
@@ -406,7 +599,9 @@ void WriteTPIFExceptions(const writeData* sink, const pl::DictPtr& t)
     if (entries.empty())
         return;
     WriteTPifSpecialPagesStart(sink, 0);
-    for (const auto& e : entries) {
+    for (size_t i = 0; i < entries.size(); ++i) {
+        prefetchAhead(entries, i);
+        const View e(entries[i]);
         PageData page;
         page.lower = getI32Or(e, "StartPage", 1);
         page.upper = getI32Or(e, "EndPage", 1);
@@ -418,13 +613,13 @@ void WriteTPIFExceptions(const writeData* sink, const pl::DictPtr& t)
             page.hasLightenDarken = true;
             page.lightenDarken = *ld;
         }
-        FillImageShift(page, e->getDict(kImageShiftOptionsPageKey));
-        FillFullColorOptions(page, e->getDict("FullColorOptionsPage"));
+        fillImageShift(page, e.view(kImageShiftOptionsPageKey));
+        fillFullColor(page, e.view("FullColorOptionsPage"));
         page.antialiasing = getI32Or(e, "Antialiasing", kTPifColorUnset);
         page.halftone = getI32Or(e, "HalftoneScreen", kTPifColorUnset);
         page.colorEffects = getI32Or(e, "OutputColor", kTPifColorUnset);
         MediaData media;
-        FillMediaData(media, e->getDict("Stock"));
+        fillMedia(media, e.view("Stock"));
         WriteTPifPageExceptions(sink, page, media);
         FinalizeMediaData(media);
         FinalizePageData(page);

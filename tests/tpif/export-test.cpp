@@ -1,4 +1,6 @@
-// Export of the session's settings to a TPIF file.
+// Export of the session's settings to a TPIF file, and the shift unit conversion at its
+// rounding and overflow edges. (The shipped examples' documents are compared with their
+// golden files by export-golden.sh.)
 #include "tpif-test-util.h"
 
 #include "platform/session.h"
@@ -33,14 +35,11 @@ struct ExportFixture : ::testing::Test {
 
 TEST_F(ExportFixture, OnlyTheSystemsOwnItemsReachTheDocumentAfterASync)
 {
-    auto options = pl::makeDict();
-    options->setBool("TPIFOptionAll", true);
-    set("com.talmo.print.TPIFOptions", options);
+    set("com.talmo.print.TPIFOptions", tpiftest::plistDict("<key>TPIFOptionAll</key><true/>"));
     set("com.apple.print.PrintSettings.PMDuplexing", pl::makeInt(3)); // consulted only when given
     std::vector<int> directions;
     TPIFSetPDESyncHandler([&](PrintSession* s, int direction) {
-        EXPECT_EQ(s, &session);
-        directions.push_back(direction);
+        directions.push_back(s == &session ? direction : -1);
         // The panels write their state during the sync: it must be in the document.
         s->printSettings().set("com.talmo.print.FinishingOutputColor", pl::makeInt(1), "com.talmo.printingmanager");
     });
@@ -57,8 +56,7 @@ TEST_F(ExportFixture, WithoutOptionsTheFileIsEmpty)
 {
     set("com.talmo.print.FinishingDuplex", pl::makeInt(2));
     ASSERT_EQ(TPIFExportToFileAtPath(path("empty.tpif")), noErr);
-    EXPECT_TRUE(std::filesystem::exists(path("empty.tpif")));
-    EXPECT_EQ(std::filesystem::file_size(path("empty.tpif")), 0u);
+    EXPECT_EQ(std::filesystem::file_size(path("empty.tpif")), 0u); // throws (fails) when missing
 }
 
 TEST_F(ExportFixture, FailuresLeaveTheOldFileAndReportAStatus)
@@ -76,6 +74,24 @@ TEST_F(ExportFixture, FailuresLeaveTheOldFileAndReportAStatus)
         EXPECT_EQ(tpiftest::readFile(path("old.tpif")), "old");
     }
     EXPECT_EQ(TPIFExportToFileAtPath(path("missing-folder/x.tpif")), kTPIFExportIOErr);
+}
+
+TEST(TPifShift, UnitConversion)
+{
+    const struct {
+        int64_t value;
+        bool inches, full;
+        long expected;
+    } cases[] = {
+        // clang-format off
+        {100, true, false, 2540}, {1, true, false, 25}, {2, true, false, 51}, {3, true, false, 76},
+        {-1, true, false, -25}, {-3, true, false, -76}, {25, false, false, 250}, {-12, false, false, -120},
+        {2540, true, true, 2540}, {-7, false, true, -7}, {int64_t(1) << 40, true, false, INT32_MAX},
+        // clang-format on
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(TPifShiftToHundredthsMm(c.value, c.inches, c.full), c.expected)
+            << c.value << " " << c.inches << " " << c.full;
 }
 
 } // namespace

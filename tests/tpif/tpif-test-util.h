@@ -1,17 +1,15 @@
-// Helpers of the TPIF tests: a capturing sink, a byte-exact comparison that names the first
-// differing byte, captured diagnostics and a libxml2 re-parse.
+// Helpers of the TPIF tests: a capturing sink, captured diagnostics, data files.
 #pragma once
 
+#include "platform/plist.h"
 #include "tpif/tpif.h"
 
 #include <gtest/gtest.h>
-#include <libxml/parser.h>
-#include <libxml/tree.h>
 
-#include <algorithm>
 #include <cstdio>
-#include <cstring>
+#include <cstdlib>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 #include <string>
 
@@ -30,39 +28,13 @@ struct StringSink {
     const talmo::writeData* get() const { return &sink; }
 };
 
-// "" when equal, else where and how the texts first differ.
-inline std::string firstDifference(const std::string& actual, const std::string& expected)
-{
-    size_t i = 0;
-    while (i < actual.size() && i < expected.size() && actual[i] == expected[i])
-        ++i;
-    if (i == actual.size() && i == expected.size())
-        return "";
-    size_t line = 1 + static_cast<size_t>(std::count(expected.begin(), expected.begin() + static_cast<long>(i), '\n'));
-    auto show = [&](const std::string& s) {
-        if (i >= s.size())
-            return std::string("<end of text>");
-        std::string out;
-        for (size_t k = i; k < s.size() && k < i + 40; ++k) {
-            char c = s[k];
-            out += c == '\t' ? std::string("\\t") : c == '\n' ? std::string("\\n") : std::string(1, c);
-        }
-        return out;
-    };
-    std::ostringstream os;
-    os << "first difference at byte " << i << " (line " << line << "): actual \"" << show(actual) << "\", expected \""
-       << show(expected) << "\"";
-    return os.str();
-}
-
-#define EXPECT_SAME_BYTES(actual, expected) EXPECT_EQ(::tpiftest::firstDifference((actual), (expected)), "")
+// Documents are compared whole; on a difference the test output shows both and their diff.
+#define EXPECT_SAME_BYTES(actual, expected) EXPECT_EQ((actual), (expected))
 
 inline std::string readFile(const std::string& path)
 {
     std::ifstream in(path, std::ios::binary);
-    std::stringstream ss;
-    ss << in.rdbuf();
-    return ss.str();
+    return {std::istreambuf_iterator<char>(in), {}};
 }
 
 inline std::string dataPath(const std::string& name)
@@ -70,72 +42,45 @@ inline std::string dataPath(const std::string& name)
     return std::string(TALMO_SOURCE_DIR) + "/tests/tpif/data/" + name;
 }
 
-// Redirects the DEBUG lines into a buffer for the life of the object.
+// Redirects the DEBUG lines into memory for the life of the object.
 class DiagCapture {
 public:
-    DiagCapture() : file_(std::tmpfile()) { talmo::tpif_errfp = file_; }
+    DiagCapture() : file_(open_memstream(&buf_, &size_)) { talmo::tpif_errfp = file_; }
     ~DiagCapture()
     {
-        talmo::tpif_errfp = nullptr;
-        if (file_)
-            std::fclose(file_);
+        talmo::tpif_errfp = previous_;
+        std::fclose(file_);
+        std::free(buf_);
     }
     std::string text()
     {
         std::fflush(file_);
-        std::rewind(file_);
-        std::string out;
-        char buf[4096];
-        size_t n;
-        while ((n = std::fread(buf, 1, sizeof buf, file_)) > 0)
-            out.append(buf, n);
-        return out;
+        return std::string(buf_, size_);
     }
 
 private:
+    FILE* previous_ = talmo::tpif_errfp;
+    char* buf_ = nullptr;
+    size_t size_ = 0;
     FILE* file_;
 };
 
-// The accounting element closes with a tag that does not match its opening one, which the
-// printers expect; a conforming parser cannot read that line, so it is checked byte-exact by
-// the accounting tests and mended here (only that exact closing tag) before parsing.
-inline std::string mendAccounting(std::string doc)
+// The document the writer makes of `ticket`; its DEBUG lines are dropped.
+inline std::string render(const talmo::pl::DictPtr& ticket)
 {
-    const std::string bad = "</job-accounting-id>\n";
-    const std::string good = "</job-account-id>\n";
-    for (size_t p = doc.find(bad); p != std::string::npos; p = doc.find(bad, p + good.size()))
-        doc.replace(p, bad.size(), good);
-    return doc;
+    StringSink s;
+    DiagCapture quiet;
+    talmo::WriteTPIFToSink(s.get(), ticket);
+    return s.text;
 }
 
-struct ParsedDoc {
-    xmlDocPtr doc = nullptr;
-    int errors = 0;
-    ~ParsedDoc()
-    {
-        if (doc)
-            xmlFreeDoc(doc);
-    }
-};
-
-inline void countErrors(void* ctx, const char*, ...) { ++*static_cast<int*>(ctx); }
-
-inline void parse(const std::string& text, ParsedDoc& out)
+// The dictionary whose property-list body is `body`.
+inline talmo::pl::DictPtr plistDict(const std::string& body)
 {
-    xmlSetGenericErrorFunc(&out.errors, countErrors);
-    out.doc = xmlReadMemory(text.data(), static_cast<int>(text.size()), "tpif.xml", nullptr, XML_PARSE_NONET);
-    xmlSetGenericErrorFunc(nullptr, nullptr);
-    if (!out.doc)
-        ++out.errors;
-}
-
-inline int countElements(xmlNodePtr n)
-{
-    int count = 0;
-    for (; n; n = n->next)
-        if (n->type == XML_ELEMENT_NODE)
-            count += 1 + countElements(n->children);
-    return count;
+    talmo::pl::ParseResult r;
+    auto d = talmo::pl::as<talmo::pl::Dictionary>(talmo::pl::readPlist("<plist><dict>" + body + "</dict></plist>", &r));
+    EXPECT_TRUE(d) << r.message;
+    return d;
 }
 
 } // namespace tpiftest

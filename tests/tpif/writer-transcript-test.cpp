@@ -19,12 +19,13 @@ public:
     void add(const std::string& label, const std::function<void(const writeData*)>& write)
     {
         tpiftest::StringSink s;
-        const long before = std::ftell(diag_.file());
+        tpiftest::DiagCapture diag;
         write(s.get());
         text_ += "== " + label + " (" + std::to_string(s.calls) + " writes)\n" + s.text;
         if (!s.text.empty() && s.text.back() != '\n')
             text_ += "\\ no newline\n";
-        for (const std::string& line : diag_.since(before))
+        std::istringstream lines(diag.text());
+        for (std::string line; std::getline(lines, line);)
             text_ += "-- " + line + "\n";
     }
     void check(const std::string& golden)
@@ -36,34 +37,6 @@ public:
     }
 
 private:
-    struct Diag {
-        Diag() : f(std::tmpfile()) { tpif_errfp = f; }
-        ~Diag()
-        {
-            tpif_errfp = nullptr;
-            std::fclose(f);
-        }
-        FILE* file()
-        {
-            std::fflush(f);
-            std::fseek(f, 0, SEEK_END);
-            return f;
-        }
-        std::vector<std::string> since(long offset)
-        {
-            std::fflush(f);
-            std::fseek(f, offset, SEEK_SET);
-            std::vector<std::string> lines;
-            char buf[4096];
-            while (std::fgets(buf, sizeof buf, f)) {
-                lines.emplace_back(buf);
-                if (lines.back().back() == '\n')
-                    lines.back().pop_back();
-            }
-            return lines;
-        }
-        FILE* f;
-    } diag_;
     std::string text_;
 };
 
@@ -75,13 +48,8 @@ TEST(TPifTranscript, ElementLayer)
     for (int i : {0, 5, 6, 100})
         t.add("header " + str(i), [&](auto s) { WriteTPifHeader(s, i); });
     t.add("skeleton", [](auto s) {
-        WriteTPifJobAttribStart(s);
-        for (int kind : {0, 1}) {
-            WriteTPifSpecialPagesStart(s, kind);
-            WriteTPifSpecialPagesEnd(s, kind);
-        }
-        WriteTPifJobAttribEnd(s);
-        WriteTPifTrailer(s);
+        WriteTPifJobAttribStart(s), WriteTPifSpecialPagesStart(s, 0), WriteTPifSpecialPagesEnd(s, 0);
+        WriteTPifSpecialPagesStart(s, 1), WriteTPifSpecialPagesEnd(s, 1), WriteTPifJobAttribEnd(s), WriteTPifTrailer(s);
     });
     for (int cmd = -1; cmd <= 32; ++cmd)
         for (int32_t v : {-1, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 25})
