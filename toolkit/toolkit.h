@@ -4,3 +4,5 @@
 
 #include "toolkit/events.h"
 #include "toolkit/interface-description.h"
+#include "toolkit/help.h"
+#include "toolkit/localized-description.h"
