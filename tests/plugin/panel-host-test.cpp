@@ -20,6 +20,7 @@
 
 #include <chrono>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -309,4 +310,33 @@ TEST(PanelHostPrinterData, OnlyTheMakersExactNameLoadsIt)
         ASSERT_EQ(Terminate(context, noErr), noErr);
         EXPECT_EQ(TDPGetFeature("Duplex"), nullptr) << "Terminate closes the printer data";
     }
+}
+
+TEST_F(LoadedBundle, DisplayHelpFindsTheBookByName)
+{
+    const std::string folder = ::testing::TempDir() + "help-bundle";
+    std::filesystem::create_directories(folder + "/Resources/help");
+    std::ofstream(folder + "/Resources/help/index.html") << "<p id=\"here\">x</p>";
+    struct {
+        const char* nameEntry;
+        const char *page, *anchor;
+        OSStatus status;
+    } const rows[] = {
+        {"", "", "", -50},
+        {"<key>CFBundleHelpBookName</key><integer>1</integer>", "", "", -50},
+        {"<key>CFBundleHelpBookName</key><string>Book</string>", "", "", noErr},
+        {"<key>CFBundleHelpBookName</key><string>Book</string>", "", "here", noErr},
+        {"<key>CFBundleHelpBookName</key><string>Book</string>", "", "nowhere", -43},
+        {"<key>CFBundleHelpBookName</key><string>Book</string>", "../../Info.plist", "", -43},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(std::string(row.nameEntry) + " " + row.page + "#" + row.anchor);
+        std::ofstream(folder + "/Info.plist") << "<plist version=\"1.0\"><dict>" << row.nameEntry << "</dict></plist>";
+        auto b = Bundle::open(folder);
+        ASSERT_TRUE(b);
+        EXPECT_EQ(DisplayHelp(*b, row.page, row.anchor), row.status);
+    }
+    for (QWidget* w : QApplication::topLevelWidgets())
+        if (qobject_cast<QTextBrowser*>(w))
+            w->close();
 }
