@@ -5,3 +5,4 @@
 #include "paperlib/library.h"
 #include "paperlib/printer-papers.h"
 #include "paperlib/fetch-thread.h"
+#include "paperlib/printer-paper-list.h"

@@ -142,8 +142,13 @@ std::string ConsoleUserName()
     return {};
 }
 
+// Tests stand in for the machine's configuration with these; set but empty means "none".
+static const char* configurationOverride(const char* name) { return std::getenv(name); }
+
 std::string ComputerName()
 {
+    if (const char* name = configurationOverride("TALMO_COMPUTER_NAME"))
+        return name;
     if (auto pretty = internal::prettyHostnameFrom(readSmallFile("/etc/machine-info")))
         return *pretty;
     char host[256] = {};
@@ -154,6 +159,8 @@ std::string ComputerName()
 
 std::string PrimaryIPv4Address()
 {
+    if (const char* address = configurationOverride("TALMO_PRIMARY_IPV4"))
+        return address;
     auto routeIface = internal::defaultRouteInterfaceFrom(readSmallFile("/proc/net/route"));
     if (!routeIface)
         return {};

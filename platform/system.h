@@ -10,6 +10,8 @@ namespace talmo {
 
 // The login user: the password entry of the real user id, else $LOGNAME; "" when neither.
 std::string ConsoleUserName();
+// The environment variables TALMO_COMPUTER_NAME and TALMO_PRIMARY_IPV4, when set (empty means
+// none), stand in for the two answers below, so tests can play any machine.
 // The host's pretty name (PRETTY_HOSTNAME of /etc/machine-info), else its host name.
 std::string ComputerName();
 // Dotted IPv4 address of the interface that carries the default route (the first one in

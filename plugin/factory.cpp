@@ -86,7 +86,8 @@ extern "C" __attribute__((visibility("default"))) void* TalmoPDEPluginFactory(ta
         // no bundle (it has no description) and is not taken.
         static const bool bundleFound = [] {
             if (!ExtensionBundle()) {
-                auto own = Bundle::containing(reinterpret_cast<const void*>(&TalmoPDEPluginFactory));
+                // A hidden function: the exported factory's address may resolve to a host's copy.
+                auto own = Bundle::containing(reinterpret_cast<const void*>(&factoryID));
                 if (own && !own->infoDictionary()->empty())
                     SetExtensionBundle(std::move(own));
             }

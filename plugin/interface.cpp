@@ -21,15 +21,14 @@ OSStatus CreatePlugInInterface(PlugInIntf** objPtr)
     t.Retain = &Retain;
     t.Release = &Release;
     t.GetAPIVersion = &GetAPIVersion;
-    // Until the panel host takes these slots, the dialog operations are the generic entry
-    // points alone.
-    t.Prologue = &TalmoPDEProlog;
-    t.Initialize = &TalmoPDEInitialize;
-    t.Sync = &TalmoPDESync;
-    t.GetSummaryText = &TalmoPDEGetSummaryText;
-    t.Open = &TalmoPDEOpen;
-    t.Close = &TalmoPDEClose;
-    t.Terminate = &TalmoPDETerminate;
+    // The dialog operations are the panel host's.
+    t.Prologue = &Prologue;
+    t.Initialize = &Initialize;
+    t.Sync = &Sync;
+    t.GetSummaryText = &GetSummaryText;
+    t.Open = &Open;
+    t.Close = &Close;
+    t.Terminate = &Terminate;
     return noErr;
 }
 

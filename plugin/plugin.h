@@ -2,10 +2,12 @@
 // COM-style IUnknown instance it returns, the ten-slot interface record that QueryInterface
 // hands out, and the generic entry points every dialog call passes through first.
 //
-// Only TalmoPDEPluginFactory is exported from the bundle's library; everything else is
-// reached through the records below, whose layout is the contract with the host.
+// The bundle's library exports TalmoPDEPluginFactory and the six panel entry points (which the
+// panel host looks up by name); everything else is reached through the records below, whose
+// layout is the contract with the print dialog.
 #pragma once
 
+#include "panels/panels.h"
 #include "settings/settings.h"
 
 #include <cstdint>
@@ -21,10 +23,8 @@ inline constexpr char kIUnknownUUIDStr[] = "00000000-0000-0000-C000-000000000046
 inline constexpr char kTalmoPDEPluginFactoryName[] = "TalmoPDEPluginFactory";
 
 using HRESULT = int32_t;
-using ULONG = uint32_t;
 using CFAllocatorRef = void*;
 using CFUUIDRef = const Uuid*;
-using OSType = uint32_t;
 
 // Sixteen UUID bytes passed by value, as QueryInterface receives an interface identifier.
 struct CFUUIDBytes {
@@ -50,48 +50,7 @@ struct IUnknownInstance {
 };
 
 // ---- the printing-dialog-extension interface ----
-
-struct PMPlugInAPIVersion {
-    uint32_t buildVersionMajor;
-    uint32_t buildVersionMinor;
-    uint32_t baseVersionMajor;
-    uint32_t baseVersionMinor;
-};
-
-struct PlugInIntfVTable;
-// The record QueryInterface returns for the extension interface.
-struct PlugInIntf {
-    PlugInIntfVTable* vtable; // separate allocation of ten slots, owned by the record
-    ULONG refCount;
-};
-// The header part of an interface record, as slots 1-3 see it.
-using PMPlugInHeaderInterface = PlugInIntf;
-
-using PMPDEContext = void*; // a panel's (or the host's) own context
-using PMPDEFlags = uint32_t;
-using PMPDERef = void*;   // the dialog's reference for the extension
-using ControlRef = void*; // the pane the dialog gives (a widget in the dialog host)
-using PMPrintSession = PrintSession*;
-
-// Slot order is the print system's and must not change. Panels leave slots 1-3 null.
-// Strings and arrays handed out belong to the caller; GetSummaryText appends to the arrays,
-// creating them when null.
-struct PlugInIntfVTable {
-    OSStatus (*Retain)(PMPlugInHeaderInterface* obj);
-    OSStatus (*Release)(PMPlugInHeaderInterface** objPtr);
-    OSStatus (*GetAPIVersion)(PMPlugInHeaderInterface* obj, PMPlugInAPIVersion* versionPtr);
-    OSStatus (*Prologue)(PMPDEContext* context, OSType* creator, std::string* userOptionKind, std::string* title,
-                         uint32_t* maxH, uint32_t* maxV);
-    OSStatus (*Initialize)(PMPDEContext context, PMPDEFlags* flags, PMPDERef ref, ControlRef parentUserPane,
-                           PMPrintSession printSession);
-    OSStatus (*Sync)(PMPDEContext context, PMPrintSession printSession, bool reinitializePlugIn);
-    OSStatus (*GetSummaryText)(PMPDEContext context, pl::ArrayPtr* titleArray, pl::ArrayPtr* summaryArray);
-    OSStatus (*Open)(PMPDEContext context);
-    OSStatus (*Close)(PMPDEContext context);
-    OSStatus (*Terminate)(PMPDEContext context, OSStatus status);
-};
-inline constexpr size_t kPlugInIntfSlotCount = 10;
-static_assert(sizeof(PlugInIntfVTable) == kPlugInIntfSlotCount * sizeof(void*));
+// PlugInIntf and its ten-slot table are shared with the panel modules (panels/panel-interface.h).
 
 // ---- operations ----
 
@@ -118,6 +77,8 @@ OSStatus TalmoPDEClose(PMPDEContext context);
 OSStatus TalmoPDETerminate(PMPDEContext context, OSStatus status);
 
 } // namespace talmo
+
+#include "plugin/pde-shell.h"
 
 // The factory the bundle's Info.plist names. Returns a new IUnknown instance (count 1,
 // registered under the factory UUID) when `typeID` is the print dialog's extension type, else

@@ -14,3 +14,5 @@
 #include "toolkit/input-limit.h"
 #include "toolkit/custom-value-dialog.h"
 #include "toolkit/private-bundle.h"
+#include "toolkit/help.h"
+#include "toolkit/localized-description.h"

@@ -247,6 +247,7 @@ TEST_F(PrintEndToEnd, ARefusedJobEndsWithThePrintersWords)
 
 TEST_F(HostRuns, EveryPanelScreenshotShowsTheDialog)
 {
+    std::set<QByteArray> pictures; // each panel shows its own title, so no two pictures are alike
     for (int panel = 1; panel <= 6; ++panel) {
         const std::string png = dir_ + "/panel-" + std::to_string(panel) + ".png";
         Outcome r = run(TALMO_PRINT, {"--panel", std::to_string(panel), "--screenshot", png});
@@ -260,7 +261,9 @@ TEST_F(HostRuns, EveryPanelScreenshotShowsTheDialog)
             for (int x = 0; x < image.width(); x += 3)
                 colours.insert(image.pixel(x, y));
         EXPECT_GT(colours.size(), 16u) << png << " looks blank";
+        pictures.insert(QByteArray(reinterpret_cast<const char*>(image.constBits()), image.sizeInBytes()));
     }
+    EXPECT_EQ(pictures.size(), 6u) << "the chooser did not switch panels";
 }
 
 } // namespace

@@ -1,9 +1,7 @@
 // Loads the built bundle the way a print dialog does: read Info.plist, dlopen the library,
 // find the factory by the name Info.plist gives, query the interfaces, drive the dialog's
 // calls and release everything.
-#include "plugin/plugin.h"
-
-#include <gtest/gtest.h>
+#include "tests/plugin/loaded-bundle.h"
 
 #include <dlfcn.h>
 
@@ -14,87 +12,6 @@
 
 using namespace talmo;
 namespace fs = std::filesystem;
-
-namespace {
-
-using Factory = void* (*)(CFAllocatorRef, CFUUIDRef);
-
-CFUUIDBytes bytesOf(const Uuid& u)
-{
-    CFUUIDBytes b{};
-    for (size_t i = 0; i < 16; ++i)
-        b.bytes[i] = u.bytes()[i];
-    return b;
-}
-
-const Uuid kType = *Uuid::fromString("BDB091F4-E57F-11D3-B5CC-0050E4603277");
-const Uuid kFactory = *Uuid::fromString("7680F90E-ADCD-11D9-85C8-000A95BDF8C8");
-const Uuid kExtension = *Uuid::fromString("A996FD7E-B738-11D3-8519-0050E4603277");
-const Uuid kIUnknown = *Uuid::fromString("00000000-0000-0000-C000-000000000046");
-
-// The factory function's name for our factory, as a loader reads it from Info.plist: the
-// type lists the factory UUID, and the factories table names its function.
-std::string factoryNameFor(const Bundle& bundle, const Uuid& type, const Uuid& factory)
-{
-    auto info = bundle.infoDictionary();
-    auto types = info->getDict("CFPlugInTypes");
-    auto factories = info->getDict("CFPlugInFactories");
-    if (!types || !factories)
-        return {};
-    for (const auto& [typeText, list] : *types) {
-        if (Uuid::fromString(typeText) != type || !pl::as<pl::Array>(list))
-            continue;
-        for (const auto& f : *pl::as<pl::Array>(list)) {
-            auto s = pl::as<pl::String>(f);
-            if (!s || Uuid::fromString(s->text) != factory)
-                continue;
-            for (const auto& [factoryText, name] : *factories)
-                if (Uuid::fromString(factoryText) == factory && pl::as<pl::String>(name))
-                    return pl::as<pl::String>(name)->text;
-        }
-    }
-    return {};
-}
-
-class LoadedBundle : public ::testing::Test {
-protected:
-    static void SetUpTestSuite()
-    {
-        bundle = new std::optional<Bundle>(Bundle::open(TALMO_BUNDLE_PATH));
-        ASSERT_TRUE(*bundle) << TALMO_BUNDLE_PATH;
-        auto lib = (*bundle)->executablePath();
-        ASSERT_TRUE(lib);
-        handle = dlopen(lib->c_str(), RTLD_NOW | RTLD_LOCAL);
-        ASSERT_NE(handle, nullptr) << dlerror();
-        std::string name = factoryNameFor(**bundle, kType, kFactory);
-        ASSERT_EQ(name, "TalmoPDEPluginFactory");
-        factory = reinterpret_cast<Factory>(dlsym(handle, name.c_str()));
-        ASSERT_NE(factory, nullptr);
-    }
-    static void TearDownTestSuite()
-    {
-        if (handle)
-            dlclose(handle);
-        delete bundle;
-    }
-
-    IUnknownInstance* newInstance()
-    {
-        auto* i = static_cast<IUnknownInstance*>(factory(nullptr, &kType));
-        EXPECT_NE(i, nullptr);
-        return i;
-    }
-
-    static std::optional<Bundle>* bundle;
-    static void* handle;
-    static Factory factory;
-};
-
-std::optional<Bundle>* LoadedBundle::bundle = nullptr;
-void* LoadedBundle::handle = nullptr;
-Factory LoadedBundle::factory = nullptr;
-
-} // namespace
 
 TEST_F(LoadedBundle, DrivesTheDialogLifecycle)
 {
@@ -110,9 +27,9 @@ TEST_F(LoadedBundle, DrivesTheDialogLifecycle)
     auto* intf = static_cast<PlugInIntf*>(out);
     ASSERT_TRUE(intf && intf->vtable);
     EXPECT_EQ(intf->refCount, 1u);
-    const void* const* slots = reinterpret_cast<const void* const*>(intf->vtable);
+    const void* const* slot = reinterpret_cast<const void* const*>(intf->vtable);
     for (size_t i = 0; i < kPlugInIntfSlotCount; ++i)
-        EXPECT_NE(slots[i], nullptr) << "slot " << i + 1;
+        EXPECT_NE(slot[i], nullptr) << "slot " << i + 1;
 
     PlugInIntfVTable& t = *intf->vtable;
     PMPlugInAPIVersion version{9, 9, 9, 9};
@@ -122,6 +39,7 @@ TEST_F(LoadedBundle, DrivesTheDialogLifecycle)
               std::tuple(1u, 0u, 1u, 0u));
 
     PrintSession session;
+    QWidget pane;
     PMPDEContext context = nullptr;
     OSType creator = 0;
     std::string kind, title;
@@ -129,7 +47,7 @@ TEST_F(LoadedBundle, DrivesTheDialogLifecycle)
     PMPDEFlags flags = 0;
     pl::ArrayPtr titles, values;
     EXPECT_EQ(t.Prologue(&context, &creator, &kind, &title, &maxH, &maxV), noErr);
-    EXPECT_EQ(t.Initialize(context, &flags, nullptr, nullptr, &session), noErr);
+    EXPECT_EQ(t.Initialize(context, &flags, nullptr, &pane, &session), noErr);
     EXPECT_EQ(t.Sync(context, &session, true), noErr);
     EXPECT_EQ(t.GetSummaryText(context, &titles, &values), noErr);
     EXPECT_EQ(t.Open(context), noErr);
@@ -218,7 +136,7 @@ TEST_F(LoadedBundle, AnUnknownInterfaceOrTypeGetsNothing)
     EXPECT_EQ(CFPlugInInstanceCountForFactory(kFactory), before);
 }
 
-TEST_F(LoadedBundle, ExportsOnlyTheFactory)
+TEST_F(LoadedBundle, ExportsTheFactoryAndThePanelEntryPoints)
 {
     std::string cmd = "nm -D --defined-only --format=posix '" + *(*bundle)->executablePath() + "'";
     FILE* p = popen(cmd.c_str(), "r");
@@ -230,7 +148,9 @@ TEST_F(LoadedBundle, ExportsOnlyTheFactory)
         exported.insert(s.substr(0, s.find(' ')));
     }
     ASSERT_EQ(pclose(p), 0) << cmd;
-    EXPECT_EQ(exported, (std::set<std::string>{"TalmoPDEPluginFactory"}));
+    std::set<std::string> expected{"TalmoPDEPluginFactory"};
+    expected.insert(std::begin(kBuiltInPanelEntryPoints), std::end(kBuiltInPanelEntryPoints));
+    EXPECT_EQ(exported, expected);
 }
 
 TEST_F(LoadedBundle, CarriesItsDescriptionAndResources)

@@ -1,0 +1,58 @@
+// The SpecialPages panel: covers, inserts and exception pages.
+#include "panels/panel-module.h"
+
+namespace talmo::specialpages {
+
+namespace {
+
+const panels::PanelDescription kPanel{"SpecialPagesPanel", "SpecialPagesPanel", "com.talmo.print.pde.specialpageskind"};
+
+OSStatus Prologue(PMPDEContext* context, OSType* creator, std::string* kind, std::string* title, uint32_t* maxH,
+                  uint32_t* maxV)
+{
+    return panels::PanelPrologue(kPanel, context, creator, kind, title, maxH, maxV);
+}
+
+OSStatus Initialize(PMPDEContext context, PMPDEFlags*, PMPDERef, ControlRef pane, PMPrintSession session)
+{
+    return panels::PanelInitialize(context, pane, session);
+}
+
+OSStatus Sync(PMPDEContext context, PMPrintSession, bool reinitializePlugIn)
+{
+    if (!context)
+        return kPMNoContext;
+    panels::TracePanelCall(context, "Sync", reinitializePlugIn);
+    return noErr;
+}
+
+OSStatus GetSummaryText(PMPDEContext context, pl::ArrayPtr*, pl::ArrayPtr*) { return context ? noErr : kPMNoContext; }
+
+OSStatus Open(PMPDEContext context)
+{
+    panels::TracePanelCall(context, "Open");
+    return context ? noErr : kPMNoContext;
+}
+
+OSStatus Close(PMPDEContext context)
+{
+    panels::TracePanelCall(context, "Close");
+    return context ? noErr : kPMNoContext;
+}
+
+OSStatus Terminate(PMPDEContext context, OSStatus) { return panels::PanelTerminate(context); }
+
+} // namespace
+
+OSStatus CreatePanelInterface(PlugInIntf** intf)
+{
+    return panels::MakePanelInterface(
+        intf, {nullptr, nullptr, nullptr, &Prologue, &Initialize, &Sync, &GetSummaryText, &Open, &Close, &Terminate});
+}
+
+} // namespace talmo::specialpages
+
+TALMO_PANEL_ENTRY_POINT talmo::OSStatus GetSpecialPagesPanelInterface(talmo::PlugInIntf** intf)
+{
+    return talmo::specialpages::CreatePanelInterface(intf);
+}
