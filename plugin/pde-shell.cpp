@@ -51,29 +51,6 @@ PDEShellContext* asContext(PMPDEContext context) { return static_cast<PDEShellCo
 // Widgets need a QApplication; a host without one gets the operations minus the pane.
 bool canMakeWidgets() { return qobject_cast<QApplication*>(QCoreApplication::instance()) != nullptr; }
 
-// The host of the printer's device URI for the paper list fetch: element 2 of the URI split at
-// "/", unless element 0 is "pap:" (no IPP behind it). Nullopt when there is none.
-std::optional<std::string> paperListHost(std::string_view uri)
-{
-    std::vector<std::string_view> parts;
-    for (size_t start = 0;;) {
-        const size_t slash = uri.find('/', start);
-        parts.push_back(uri.substr(start, slash == std::string_view::npos ? std::string_view::npos : slash - start));
-        if (slash == std::string_view::npos)
-            break;
-        start = slash + 1;
-    }
-    const auto isPap = [](std::string_view scheme) {
-        return scheme.size() == 4 && std::tolower(static_cast<unsigned char>(scheme[0])) == 'p' &&
-               std::tolower(static_cast<unsigned char>(scheme[1])) == 'a' &&
-               std::tolower(static_cast<unsigned char>(scheme[2])) == 'p' && scheme[3] == ':';
-    };
-    // A URI without a host (the demo printer's file URI) has nobody to ask.
-    if (isPap(parts[0]) || parts.size() < 3 || parts[2].empty())
-        return std::nullopt;
-    return std::string(parts[2]);
-}
-
 // Every character between U+0020 and U+00FE: the names the printer's controller can show.
 bool isControllerComputerName(std::string_view name)
 {
@@ -453,7 +430,7 @@ OSStatus Open(PMPDEContext context)
         c->handler->install(c->dialogPane->window());
 
         if (c->session)
-            if (auto host = paperListHost(c->session->printer().deviceURI)) {
+            if (auto host = PrinterHostFromDeviceURI(c->session->printer().deviceURI)) {
                 c->handler->startPaperListPump();
                 if (MySpawnThread(kPDEShellBundleIdentifier, *host, c->handler->windowRef()) != noErr)
                     c->handler->stopPaperListPump();

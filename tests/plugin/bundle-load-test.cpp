@@ -151,6 +151,15 @@ TEST_F(LoadedBundle, ExportsTheFactoryAndThePanelEntryPoints)
     std::set<std::string> expected{"TalmoPDEPluginFactory"};
     expected.insert(std::begin(kBuiltInPanelEntryPoints), std::end(kBuiltInPanelEntryPoints));
     EXPECT_EQ(exported, expected);
+
+    // A host's dlclose must not unmap code that a detached paper-list thread may still run.
+    void* again = dlopen((*bundle)->executablePath()->c_str(), RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(again, nullptr);
+    dlclose(again);
+    dlclose(handle);
+    void* still = dlopen((*bundle)->executablePath()->c_str(), RTLD_NOW | RTLD_NOLOAD);
+    EXPECT_NE(still, nullptr) << "the bundle's library was unloaded";
+    handle = still;
 }
 
 TEST_F(LoadedBundle, CarriesItsDescriptionAndResources)
