@@ -39,7 +39,11 @@ constexpr char kJobNameHistory[] = "com.talmo.print.JobNotesJobName";
 constexpr char kSenderHistory[] = "com.talmo.print.JobNotesSenderName";
 constexpr char kRecipientHistory[] = "com.talmo.print.JobNotesRecipient";
 
-JobNotesContext* asContext(PMPDEContext context) { return static_cast<JobNotesContext*>(context); }
+// The host holds the context as the PanelContext that Prologue handed out.
+JobNotesContext* asContext(PMPDEContext context)
+{
+    return static_cast<JobNotesContext*>(static_cast<panels::PanelContext*>(context));
+}
 
 panels::PanelContext* makeContext() { return new (std::nothrow) JobNotesContext; }
 
@@ -51,10 +55,10 @@ std::optional<std::string> textOf(const HistoryComboBox* box)
     return std::nullopt;
 }
 
-void showInBox(HistoryComboBox* box, bool useFlag, const std::string& text)
+void showInBox(HistoryComboBox* box, const SettingMap* map, bool useFlag, const std::string& text)
 {
     if (useFlag) {
-        SetPopupButtonToTicketValue(box, _JobNameMap[0].ticketValue);
+        SetPopupButtonToTicketValue(box, map[0].ticketValue);
         box->setEditText(box->itemText(box->currentIndex()));
     } else {
         box->setText(QString::fromStdString(text));
@@ -93,9 +97,9 @@ void UpdateJobNotesEditFields(JobNotesContext* c)
 {
     if (!c->built())
         return;
-    showInBox(c->jobName, c->fields.useJobName, c->fields.jobName);
-    showInBox(c->sender, c->fields.senderUseLoginName, c->fields.senderName);
-    showInBox(c->recipient, c->fields.recipientUseLoginName, c->fields.recipient);
+    showInBox(c->jobName, _JobNameMap, c->fields.useJobName, c->fields.jobName);
+    showInBox(c->sender, _LoginNameMap, c->fields.senderUseLoginName, c->fields.senderName);
+    showInBox(c->recipient, _LoginNameMap, c->fields.recipientUseLoginName, c->fields.recipient);
     c->message->setPlainText(QString::fromStdString(c->fields.message));
     c->sheetMessage->setText(QString::fromStdString(c->fields.sheetMessage));
 }
