@@ -54,11 +54,11 @@ OSStatus MakePanelInterface(PlugInIntf** intf, const PlugInIntfVTable& operation
 PanelContext* AsPanelContext(PMPDEContext context) { return static_cast<PanelContext*>(context); }
 
 OSStatus PanelPrologue(const PanelDescription& panel, PMPDEContext* context, OSType* creator, std::string* kind,
-                       std::string* title, uint32_t* maxH, uint32_t* maxV)
+                       std::string* title, uint32_t* maxH, uint32_t* maxV, MakePanelContext make)
 {
     if (!context)
         return paramErr;
-    auto* c = new (std::nothrow) PanelContext;
+    PanelContext* c = make ? make() : new (std::nothrow) PanelContext;
     if (!c)
         return memFullErr;
     c->panel = &panel;

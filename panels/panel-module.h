@@ -18,6 +18,7 @@ struct PanelDescription {
 };
 
 struct PanelContext {
+    virtual ~PanelContext() = default; // modules keep their own context derived from this one
     const PanelDescription* panel = nullptr;
     std::string title;
     QPointer<QWidget> pane;    // the container pane the host made
@@ -31,10 +32,11 @@ inline constexpr OSType kPanelCreator = FourCC("pde ");
 // (then *intf is null).
 OSStatus MakePanelInterface(PlugInIntf** intf, const PlugInIntfVTable& operations);
 
-// The common steps. Prologue makes the context; Initialize loads the description into the pane;
-// Terminate frees the context.
+// The common steps. Prologue makes the context (with `make` when the module has its own, null
+// for memory); Initialize loads the description into the pane; Terminate frees the context.
+using MakePanelContext = PanelContext* (*)();
 OSStatus PanelPrologue(const PanelDescription& panel, PMPDEContext* context, OSType* creator, std::string* kind,
-                       std::string* title, uint32_t* maxH, uint32_t* maxV);
+                       std::string* title, uint32_t* maxH, uint32_t* maxV, MakePanelContext make = nullptr);
 OSStatus PanelInitialize(PMPDEContext context, ControlRef pane, PMPrintSession session);
 OSStatus PanelTerminate(PMPDEContext context);
 PanelContext* AsPanelContext(PMPDEContext context);
