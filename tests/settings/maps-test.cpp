@@ -1,4 +1,4 @@
-// Setting map lookups and the content of the tables.
+// Setting map lookups and the invariants of the tables.
 #include "settings/settings.h"
 
 #include <gtest/gtest.h>
@@ -8,17 +8,6 @@
 
 namespace talmo {
 namespace {
-
-// Installs an installed-options hook for one test and removes it afterwards.
-class InstalledOptions {
-public:
-    explicit InstalledOptions(std::set<std::string> installed)
-    {
-        SetInstalledFeatureHook(
-            [installed = std::move(installed)](const std::string& f) { return installed.count(f) != 0; });
-    }
-    ~InstalledOptions() { SetInstalledFeatureHook(nullptr); }
-};
 
 // A map shaped like the stock description menu: the "Custom..." row holds 0.
 const SettingMap kDescriptionLike[] = {
@@ -38,7 +27,7 @@ const SettingMap kInstallableMap[] = {
 
 const SettingMap kEmpty[] = {{nullptr, 0, 0, nullptr, false}};
 
-const SettingMap kFirstRowZeroWithoutMatch[] = {
+const SettingMap kFirstRowZero[] = {
     {"My Paper List", 0, 0, nullptr, false},
     {"Other", 7, 0, nullptr, false},
     {nullptr, 0, 0, nullptr, false},
@@ -46,31 +35,24 @@ const SettingMap kFirstRowZeroWithoutMatch[] = {
 
 TEST(SettingMapLookup, TicketToUIFindsTheOneBasedRowOrMinusOne)
 {
-    struct Case {
+    const struct {
         const SettingMap* map;
         int32_t value;
         int32_t item;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {_AntialiasingMap, 2, 3},       {_AntialiasingMap, 5, -1},
         {_AntialiasingMap, kNotSet, 1}, {_HalftoneScreenMap, 14, 7},
         {_CMYKSourceProfileMap, 3, 16}, {_WatermarkMap, -9, 6},
         {_OutputDestHCSS_BKMap, 1, 1}, // "TopTray" shares 1 with "Auto": the first row wins
         {kDescriptionLike, 7, 2},      // unmatched value falls back to the row holding 0
         {kDescriptionLike, kNotSet, 1}, {kEmpty, 1, -1},
+        {kFirstRowZero, 7, 1}, // a first row holding 0 answers for any value, even a later exact match
+        {kFirstRowZero, kNotSet, 1},    {kInstallableMap, 5, 4}, // nothing installed: the stacker row is skipped
+        {kInstallableMap, 2, 3},
     };
-    for (const Case& c : cases)
-        EXPECT_EQ(TicketToUI(c.map, c.value), c.item) << "value " << c.value;
-}
-
-TEST(SettingMapLookup, FirstRowHoldingZeroAnswersRowOneForAnyValue)
-{
-    for (int32_t value : {0, 1, 2, -1, kNotSet, 7}) {
-        EXPECT_EQ(TicketToUI(_NamedPaperPaperListMap, value), 1) << value;
-        EXPECT_STREQ(LocalizedKeyForTicketValue(_NamedPaperPaperListMap, value), "My Paper List");
-        // Even when a later row would match exactly.
-        EXPECT_EQ(TicketToUI(kFirstRowZeroWithoutMatch, 7), 1);
-    }
+    for (const auto& c : cases)
+        EXPECT_EQ(TicketToUI(c.map, c.value), c.item) << c.map[0].key << " value " << c.value;
+    EXPECT_STREQ(LocalizedKeyForTicketValue(_NamedPaperPaperListMap, 7), "My Paper List");
 }
 
 TEST(SettingMapLookup, UIToTicketReadsRowItemMinusOneAndNeverPastTheEnd)
@@ -78,23 +60,18 @@ TEST(SettingMapLookup, UIToTicketReadsRowItemMinusOneAndNeverPastTheEnd)
     EXPECT_EQ(UIToTicket(_AntialiasingMap, 1), kNotSet);
     EXPECT_EQ(UIToTicket(_HalftoneScreenMap, 2), 7);
     EXPECT_EQ(UIToTicket(_HalftoneScreenMap, 7), 14);
-    EXPECT_EQ(UIToTicket(_CoverOptionMap, 1), 1);
     for (int32_t item : {0, -1, 8, INT32_MAX})
         EXPECT_EQ(UIToTicket(_HalftoneScreenMap, item), kNotSet) << item;
     EXPECT_EQ(UIToTicket(nullptr, 1), kNotSet);
 }
 
-TEST(SettingMapLookup, RowsOfUninstalledOptionsDoNotMatch)
+TEST(SettingMapLookup, RowsOfInstalledOptionsMatchOnlyWhileInstalled)
 {
-    // Nothing installed: the row requiring the stacker is skipped, the later 5 matches.
-    EXPECT_EQ(TicketToUI(kInstallableMap, 5), 4);
-    EXPECT_EQ(TicketToUI(kInstallableMap, 2), 3);
-    {
-        InstalledOptions options({"StackerTray1Key"});
-        EXPECT_EQ(TicketToUI(kInstallableMap, 5), 2);
-        EXPECT_EQ(TicketToUI(kInstallableMap, 2), -1);
-        EXPECT_STREQ(LocalizedKeyForTicketValue(kInstallableMap, 5), "StackerTray1");
-    }
+    SetInstalledFeatureHook([](const std::string& f) { return f == "StackerTray1Key"; });
+    EXPECT_EQ(TicketToUI(kInstallableMap, 5), 2);
+    EXPECT_EQ(TicketToUI(kInstallableMap, 2), -1);
+    EXPECT_STREQ(LocalizedKeyForTicketValue(kInstallableMap, 5), "StackerTray1");
+    SetInstalledFeatureHook(nullptr);
     EXPECT_FALSE(InstalledFeatureState("StackerTray1Key"));
     EXPECT_FALSE(InstalledFeatureState(nullptr));
 }
@@ -115,37 +92,22 @@ TEST(SettingMapLookup, PaperSizeKeyStopsAtValueOrZero)
     EXPECT_EQ(LocalizedKeyForPaperSizeTicketValue(nullptr, 1), nullptr);
 }
 
-TEST(SettingMapTables, EveryRowValueFindsARow)
+TEST(SettingMapTables, EveryRowValueFindsARowAndStockCodesAreUnique)
 {
     // A 0 row ends every search, so one hidden in the middle of an ordinary map would make
     // the rows after it unreachable.
-    const SettingMap* maps[] = {_CoverOptionMap,
-                                _InsertOptionMap,
-                                _SavedJobSaveOptionRadioMap,
-                                _WatermarkMap,
-                                _WatermarkOptionsMap,
-                                _BookletWatermarkBackgroundFormsMap,
-                                _HighlightPrintingColorMap,
-                                _HighlightMappingColorMap,
-                                _HighlightMappingAlgorithmMap,
-                                _HighlightMismatchColorMap,
-                                _ComplexFoldMap,
-                                _ComplexBookletFoldMap,
-                                _HolePunchOptionsMap,
-                                _StockLibraryMap};
-    for (const SettingMap* map : maps)
+    for (const SettingMap* map : {_CoverOptionMap, _InsertOptionMap, _SavedJobSaveOptionRadioMap, _WatermarkMap,
+                                  _WatermarkOptionsMap, _BookletWatermarkBackgroundFormsMap, _HighlightPrintingColorMap,
+                                  _HighlightMappingColorMap, _HighlightMappingAlgorithmMap, _HighlightMismatchColorMap,
+                                  _ComplexFoldMap, _ComplexBookletFoldMap, _HolePunchOptionsMap, _StockLibraryMap})
         for (int32_t i = 1; i <= CountMaps(map); ++i)
-            EXPECT_EQ(TicketToUI(map, UIToTicket(map, i)) > 0, true) << map[i - 1].key;
-}
-
-} // namespace
-} // namespace talmo
-
-TEST(CompleteStockSizeMap, CodesAreUniqueAndTheFlagColumnIsZero)
-{
+            EXPECT_GT(TicketToUI(map, UIToTicket(map, i)), 0) << map[i - 1].key;
     std::set<int32_t> codes;
-    for (const auto* r = talmo::CompleteStockSizeMap; r->key; ++r) {
+    for (const auto* r = CompleteStockSizeMap; r->key; ++r) {
         EXPECT_TRUE(codes.insert(r->ticketValue).second) << "code " << r->ticketValue << " twice";
         EXPECT_EQ(r->reserved, 0) << r->key;
     }
 }
+
+} // namespace
+} // namespace talmo
