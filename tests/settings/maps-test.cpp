@@ -1,13 +1,16 @@
-// Setting map lookups and the invariants of the tables.
-#include "settings/settings.h"
+// Setting map lookups, the invariants of the tables, and the menus and popups built from them.
+#include "tests/settings/prefs-fixture.h"
 
-#include <gtest/gtest.h>
+#include "platform/bundle.h"
+#include "platform/strings-table.h"
 
+#include <regex>
 #include <set>
-#include <string>
 
 namespace talmo {
 namespace {
+
+const std::string kStringsPath = std::string(TALMO_SOURCE_DIR) + "/resources/en.lproj/Localizable.d/settings.strings";
 
 // A map shaped like the stock description menu: the "Custom..." row holds 0.
 const SettingMap kDescriptionLike[] = {
@@ -107,6 +110,151 @@ TEST(SettingMapTables, EveryRowValueFindsARowAndStockCodesAreUnique)
         EXPECT_TRUE(codes.insert(r->ticketValue).second) << "code " << r->ticketValue << " twice";
         EXPECT_EQ(r->reserved, 0) << r->key;
     }
+}
+
+const SettingMap kDestinations[] = {
+    {"PrinterDefault", kNotSet, 0, nullptr, false},
+    {"Auto", 1, 0, nullptr, false},
+    {"StackerTray1", 5, FourCC("Stk1"), "StackerTray1Key", true},
+    {"TopTray", 2, 0, "StackerTray1Key", false},
+    {nullptr, 0, 0, nullptr, false},
+};
+
+std::vector<std::string> Labels(const MenuModel& menu)
+{
+    std::vector<std::string> labels;
+    for (const MenuItem& item : menu.items)
+        labels.push_back(item.label);
+    return labels;
+}
+
+std::vector<int32_t> References(const MenuModel& menu)
+{
+    std::vector<int32_t> refs;
+    for (const MenuItem& item : menu.items)
+        refs.push_back(item.reference);
+    return refs;
+}
+
+// A private home plus a bundle whose Localizable table is this module's English fragment.
+class MenuFromMap : public test::PrefsHome {
+protected:
+    void SetUp() override
+    {
+        PrefsHome::SetUp();
+        const std::filesystem::path lproj = root_ + "/Test.bundle/Resources/en.lproj";
+        std::filesystem::create_directories(lproj);
+        std::filesystem::copy_file(kStringsPath, lproj / "Localizable.strings");
+        bundle_ = Bundle::open(root_ + "/Test.bundle");
+        ASSERT_TRUE(bundle_);
+    }
+    const Bundle& bundle() const { return *bundle_; }
+
+private:
+    std::optional<Bundle> bundle_;
+};
+
+TEST_F(MenuFromMap, PrinterDefaultRowIsLabelledByContext)
+{
+    for (JobContext context : {kJobContextJob, kJobContextCovers, kJobContextInserts, kJobContextExceptions}) {
+        MenuModel menu;
+        PopulateMenuFromMap(bundle(), menu, _AntialiasingMap, context, 0);
+        const char* first = context == kJobContextJob ? "Printer Default" : "Use Job Setting";
+        EXPECT_EQ(Labels(menu), (std::vector<std::string>{first, "Off", "On"})) << context;
+        EXPECT_EQ(References(menu), (std::vector<int32_t>{kNotSet, 1, 2}));
+    }
+}
+
+TEST_F(MenuFromMap, HiddenRowsAreLeftOutButCounted)
+{
+    MenuModel menu;
+    EXPECT_EQ(PopulateMenuFromMap(bundle(), menu, kDestinations, kJobContextJob, 0), 4);
+    EXPECT_EQ(References(menu), (std::vector<int32_t>{kNotSet, 1, 2}));
+
+    SetInstalledFeatureHook([](const std::string& f) { return f == "StackerTray1Key"; });
+    PopupButtonModel popup;
+    PopulatePopupButtonFromMap(bundle(), popup, _HalftoneScreenMap, kJobContextJob, 0); // emptied by the next fill
+    EXPECT_EQ(PopulatePopupButtonFromMap(bundle(), popup, kDestinations, kJobContextJob, 0), 4);
+    EXPECT_EQ(References(popup.menu), (std::vector<int32_t>{kNotSet, 1, 5}));
+    EXPECT_EQ(Labels(popup.menu)[2], "Stacker Tray 1");
+    EXPECT_EQ(popup.maximum, 4);
+    EXPECT_EQ(popup.menu.map, kDestinations);
+    SetInstalledFeatureHook(nullptr);
+}
+
+TEST_F(MenuFromMap, CommandArgumentOverridesRowCommands)
+{
+    MenuModel own;
+    PopulateMenuFromMap(bundle(), own, _WatermarkMap, kJobContextJob, 0);
+    ASSERT_EQ(own.count(), 6);
+    EXPECT_EQ(own.item(1)->command, FourCC("TWmX"));
+    EXPECT_EQ(own.item(2)->command, 0u);
+    EXPECT_TRUE(own.item(2)->separator);
+    EXPECT_EQ(own.item(6)->command, FourCC("TWmD"));
+
+    MenuModel forced;
+    PopulateMenuFromMap(bundle(), forced, _WatermarkMap, kJobContextJob, FourCC("Cmnd"));
+    for (const MenuItem& item : forced.items)
+        EXPECT_EQ(item.command, FourCC("Cmnd")) << item.label;
+}
+
+TEST_F(MenuFromMap, PopupSelectionByTicketValue)
+{
+    PopupButtonModel popup;
+    PopulatePopupButtonFromMap(bundle(), popup, _HalftoneScreenMap, kJobContextJob, 0);
+    EXPECT_TRUE(SetPopupButtonToTicketValue(popup, 11));
+    EXPECT_EQ(popup.value, 5);
+    EXPECT_EQ(GetPopupButtonTicketValue(popup), 11);
+    EXPECT_FALSE(SetPopupButtonToTicketValue(popup, 99)); // unknown: the selection stays
+    EXPECT_EQ(popup.value, 5);
+
+    PopupButtonModel dest; // duplicate values select the first item
+    PopulatePopupButtonFromMap(bundle(), dest, _OutputDestHCSS_BKMap, kJobContextJob, 0);
+    EXPECT_TRUE(SetPopupButtonToTicketValue(dest, 1));
+    EXPECT_EQ(dest.value, 1);
+
+    PopupButtonModel none; // no map behind the selection
+    none.value = 3;
+    EXPECT_EQ(GetPopupButtonTicketValue(none), kNotSet);
+}
+
+TEST_F(MenuFromMap, HistoryStringsGoAfterTheInsertPositionInOrder)
+{
+    storeHistory("TRCHistory", {pl::makeString("Curve B"), pl::makeInt(7), pl::makeString("Curve A")});
+    PopupButtonModel popup;
+    EXPECT_EQ(PopulatePopupButtonFromMapAndHistory(bundle(), popup, _JobFormatMap, kJobContextJob, "TRCHistory", 1,
+                                                   FourCC("Hist"), FourCC("Map ")),
+              7);
+    EXPECT_EQ(popup.maximum, 7);
+    EXPECT_EQ(Labels(popup.menu),
+              (std::vector<std::string>{"Printer Default", "Curve B", "Curve A", "Single-Page TIFF", "Multi-Page TIFF",
+                                        "Fast Reprint", "Fast Reprint with DRI"}));
+    EXPECT_EQ(popup.menu.item(2)->command, FourCC("Hist"));
+    EXPECT_EQ(popup.menu.item(4)->command, FourCC("Map "));
+
+    // A position past the end appends.
+    EXPECT_EQ(PopulatePopupButtonFromMapAndHistory(bundle(), popup, _TRCMap, kJobContextJob, "TRCHistory", 9, 0, 0), 3);
+    EXPECT_EQ(Labels(popup.menu), (std::vector<std::string>{"Printer Default", "Curve B", "Curve A"}));
+}
+
+TEST(SettingsStrings, EveryRowOfEveryMapHasAnEnglishLabel)
+{
+    StringsParseResult result;
+    pl::DictPtr table = readStringsFile(kStringsPath, &result);
+    ASSERT_TRUE(table) << result.message << " at line " << result.line;
+    for (const char* key : {"PrinterDefault", "UseJobSetting"})
+        EXPECT_TRUE(table->getString(key)) << key;
+    // Every row of the tables' source, so that a map added later is checked too.
+    const std::string source = test::PrefsHome::readAll(std::string(TALMO_SOURCE_DIR) + "/settings/maps-tables.cpp");
+    const std::regex row("\\{\"([^\"]+)\", ");
+    int rows = 0;
+    for (auto it = std::sregex_iterator(source.begin(), source.end(), row); it != std::sregex_iterator();
+         ++it, ++rows) {
+        const std::string key = (*it)[1];
+        const std::optional<std::string> text = table->getString(key);
+        EXPECT_TRUE(key == "-" || (text && !text->empty())) << "\"" << key << "\"";
+    }
+    EXPECT_GT(rows, 150);
 }
 
 } // namespace
