@@ -19,20 +19,20 @@ const SettingMap kDescriptionLike[] = {
     {nullptr, 0, 0, nullptr, false},
 };
 
-// Rows that depend on installable options, and a later row holding the same value.
-const SettingMap kInstallableMap[] = {
-    {"PrinterDefault", kNotSet, 0, nullptr, false},
-    {"StackerTray1", 5, 0, "StackerTray1Key", true},
-    {"TopTray", 2, 0, "StackerTray1Key", false},
-    {"StackerTray", 5, 0, nullptr, false},
-    {nullptr, 0, 0, nullptr, false},
-};
-
-const SettingMap kEmpty[] = {{nullptr, 0, 0, nullptr, false}};
-
 const SettingMap kFirstRowZero[] = {
     {"My Paper List", 0, 0, nullptr, false},
     {"Other", 7, 0, nullptr, false},
+    {nullptr, 0, 0, nullptr, false},
+};
+
+// Rows for an installable stacker: one offered only with it, one only without it, and a later
+// row holding the stacker's value.
+const SettingMap kTrays[] = {
+    {"PrinterDefault", kNotSet, 0, nullptr, false},
+    {"Auto", 1, 0, nullptr, false},
+    {"StackerTray1", 5, FourCC("Stk1"), "StackerTray1Key", true},
+    {"TopTray", 2, 0, "StackerTray1Key", false},
+    {"StackerTray", 5, 0, nullptr, false},
     {nullptr, 0, 0, nullptr, false},
 };
 
@@ -43,40 +43,30 @@ TEST(SettingMapLookup, TicketToUIFindsTheOneBasedRowOrMinusOne)
         int32_t value;
         int32_t item;
     } cases[] = {
-        {_AntialiasingMap, 2, 3},       {_AntialiasingMap, 5, -1},
-        {_AntialiasingMap, kNotSet, 1}, {_HalftoneScreenMap, 14, 7},
-        {_CMYKSourceProfileMap, 3, 16}, {_WatermarkMap, -9, 6},
+        {_HalftoneScreenMap, 14, 7},
+        {_AntialiasingMap, 5, -1},
         {_OutputDestHCSS_BKMap, 1, 1}, // "TopTray" shares 1 with "Auto": the first row wins
         {kDescriptionLike, 7, 2},      // unmatched value falls back to the row holding 0
-        {kDescriptionLike, kNotSet, 1}, {kEmpty, 1, -1},
-        {kFirstRowZero, 7, 1}, // a first row holding 0 answers for any value, even a later exact match
-        {kFirstRowZero, kNotSet, 1},    {kInstallableMap, 5, 4}, // nothing installed: the stacker row is skipped
-        {kInstallableMap, 2, 3},
+        {kDescriptionLike, kNotSet, 1},
+        {kFirstRowZero, 7, 1}, // a first 0 row answers for any value
+        {kTrays, 5, 5},
+        {kTrays, 2, 4}, // nothing installed: the stacker row is skipped
     };
     for (const auto& c : cases)
         EXPECT_EQ(TicketToUI(c.map, c.value), c.item) << c.map[0].key << " value " << c.value;
-    EXPECT_STREQ(LocalizedKeyForTicketValue(_NamedPaperPaperListMap, 7), "My Paper List");
-}
-
-TEST(SettingMapLookup, UIToTicketReadsRowItemMinusOneAndNeverPastTheEnd)
-{
-    EXPECT_EQ(UIToTicket(_AntialiasingMap, 1), kNotSet);
-    EXPECT_EQ(UIToTicket(_HalftoneScreenMap, 2), 7);
-    EXPECT_EQ(UIToTicket(_HalftoneScreenMap, 7), 14);
+    const SettingMap empty[] = {{nullptr, 0, 0, nullptr, false}};
+    EXPECT_EQ(TicketToUI(empty, 1), -1);
     for (int32_t item : {0, -1, 8, INT32_MAX})
         EXPECT_EQ(UIToTicket(_HalftoneScreenMap, item), kNotSet) << item;
+    EXPECT_EQ(UIToTicket(_HalftoneScreenMap, 7), 14);
     EXPECT_EQ(UIToTicket(nullptr, 1), kNotSet);
-}
 
-TEST(SettingMapLookup, RowsOfInstalledOptionsMatchOnlyWhileInstalled)
-{
     SetInstalledFeatureHook([](const std::string& f) { return f == "StackerTray1Key"; });
-    EXPECT_EQ(TicketToUI(kInstallableMap, 5), 2);
-    EXPECT_EQ(TicketToUI(kInstallableMap, 2), -1);
-    EXPECT_STREQ(LocalizedKeyForTicketValue(kInstallableMap, 5), "StackerTray1");
+    EXPECT_EQ(TicketToUI(kTrays, 5), 3);
+    EXPECT_EQ(TicketToUI(kTrays, 2), -1);
+    EXPECT_STREQ(LocalizedKeyForTicketValue(kTrays, 5), "StackerTray1");
     SetInstalledFeatureHook(nullptr);
     EXPECT_FALSE(InstalledFeatureState("StackerTray1Key"));
-    EXPECT_FALSE(InstalledFeatureState(nullptr));
 }
 
 TEST(SettingMapLookup, PaperSizeKeyStopsAtValueOrZero)
@@ -112,29 +102,15 @@ TEST(SettingMapTables, EveryRowValueFindsARowAndStockCodesAreUnique)
     }
 }
 
-const SettingMap kDestinations[] = {
-    {"PrinterDefault", kNotSet, 0, nullptr, false},
-    {"Auto", 1, 0, nullptr, false},
-    {"StackerTray1", 5, FourCC("Stk1"), "StackerTray1Key", true},
-    {"TopTray", 2, 0, "StackerTray1Key", false},
-    {nullptr, 0, 0, nullptr, false},
-};
-
-std::vector<std::string> Labels(const MenuModel& menu)
+template <class T> std::vector<T> Column(const MenuModel& menu, T MenuItem::*field)
 {
-    std::vector<std::string> labels;
+    std::vector<T> out;
     for (const MenuItem& item : menu.items)
-        labels.push_back(item.label);
-    return labels;
+        out.push_back(item.*field);
+    return out;
 }
-
-std::vector<int32_t> References(const MenuModel& menu)
-{
-    std::vector<int32_t> refs;
-    for (const MenuItem& item : menu.items)
-        refs.push_back(item.reference);
-    return refs;
-}
+std::vector<std::string> Labels(const MenuModel& menu) { return Column(menu, &MenuItem::label); }
+std::vector<int32_t> References(const MenuModel& menu) { return Column(menu, &MenuItem::reference); }
 
 // A private home plus a bundle whose Localizable table is this module's English fragment.
 class MenuFromMap : public test::PrefsHome {
@@ -165,35 +141,32 @@ TEST_F(MenuFromMap, PrinterDefaultRowIsLabelledByContext)
     }
 }
 
-TEST_F(MenuFromMap, HiddenRowsAreLeftOutButCounted)
+TEST_F(MenuFromMap, RowsOfUninstalledOptionsAreLeftOutButCounted)
 {
     MenuModel menu;
-    EXPECT_EQ(PopulateMenuFromMap(bundle(), menu, kDestinations, kJobContextJob, 0), 4);
-    EXPECT_EQ(References(menu), (std::vector<int32_t>{kNotSet, 1, 2}));
+    EXPECT_EQ(PopulateMenuFromMap(bundle(), menu, kTrays, kJobContextJob, 0), 5);
+    EXPECT_EQ(References(menu), (std::vector<int32_t>{kNotSet, 1, 2, 5}));
 
     SetInstalledFeatureHook([](const std::string& f) { return f == "StackerTray1Key"; });
     PopupButtonModel popup;
     PopulatePopupButtonFromMap(bundle(), popup, _HalftoneScreenMap, kJobContextJob, 0); // emptied by the next fill
-    EXPECT_EQ(PopulatePopupButtonFromMap(bundle(), popup, kDestinations, kJobContextJob, 0), 4);
-    EXPECT_EQ(References(popup.menu), (std::vector<int32_t>{kNotSet, 1, 5}));
-    EXPECT_EQ(Labels(popup.menu)[2], "Stacker Tray 1");
-    EXPECT_EQ(popup.maximum, 4);
-    EXPECT_EQ(popup.menu.map, kDestinations);
+    EXPECT_EQ(PopulatePopupButtonFromMap(bundle(), popup, kTrays, kJobContextJob, 0), 5);
     SetInstalledFeatureHook(nullptr);
+    EXPECT_EQ(References(popup.menu), (std::vector<int32_t>{kNotSet, 1, 5, 5}));
+    EXPECT_EQ(Labels(popup.menu)[2], "Stacker Tray 1");
+    EXPECT_EQ(popup.menu.item(3)->command, FourCC("Stk1"));
+    EXPECT_EQ(popup.maximum, 5);
+    EXPECT_EQ(popup.menu.map, kTrays);
 }
 
-TEST_F(MenuFromMap, CommandArgumentOverridesRowCommands)
+TEST_F(MenuFromMap, CommandArgumentOverridesRowCommandsSeparatorsHaveNone)
 {
-    MenuModel own;
+    MenuModel own, forced;
     PopulateMenuFromMap(bundle(), own, _WatermarkMap, kJobContextJob, 0);
+    PopulateMenuFromMap(bundle(), forced, _WatermarkMap, kJobContextJob, FourCC("Cmnd"));
     ASSERT_EQ(own.count(), 6);
     EXPECT_EQ(own.item(1)->command, FourCC("TWmX"));
-    EXPECT_EQ(own.item(2)->command, 0u);
-    EXPECT_TRUE(own.item(2)->separator);
-    EXPECT_EQ(own.item(6)->command, FourCC("TWmD"));
-
-    MenuModel forced;
-    PopulateMenuFromMap(bundle(), forced, _WatermarkMap, kJobContextJob, FourCC("Cmnd"));
+    EXPECT_TRUE(own.item(2)->separator && own.item(2)->command == 0u);
     for (const MenuItem& item : forced.items)
         EXPECT_EQ(item.command, FourCC("Cmnd")) << item.label;
 }
@@ -207,12 +180,9 @@ TEST_F(MenuFromMap, PopupSelectionByTicketValue)
     EXPECT_EQ(GetPopupButtonTicketValue(popup), 11);
     EXPECT_FALSE(SetPopupButtonToTicketValue(popup, 99)); // unknown: the selection stays
     EXPECT_EQ(popup.value, 5);
-
-    PopupButtonModel dest; // duplicate values select the first item
-    PopulatePopupButtonFromMap(bundle(), dest, _OutputDestHCSS_BKMap, kJobContextJob, 0);
-    EXPECT_TRUE(SetPopupButtonToTicketValue(dest, 1));
-    EXPECT_EQ(dest.value, 1);
-
+    PopulatePopupButtonFromMap(bundle(), popup, _OutputDestHCSS_BKMap, kJobContextJob, 0);
+    EXPECT_TRUE(SetPopupButtonToTicketValue(popup, 1)); // duplicate values select the first item
+    EXPECT_EQ(popup.value, 1);
     PopupButtonModel none; // no map behind the selection
     none.value = 3;
     EXPECT_EQ(GetPopupButtonTicketValue(none), kNotSet);

@@ -67,10 +67,9 @@ pl::ValuePtr fromLibplist(plist_t node)
         return pl::makeReal(d);
     }
     case PLIST_STRING: {
-        char* s = nullptr;
-        plist_get_string_val(node, &s);
-        std::unique_ptr<char, Free> owned(s);
-        return pl::makeString(s ? s : "");
+        uint64_t length = 0;
+        const char* text = plist_get_string_ptr(node, &length);
+        return pl::makeString(std::string(text, length));
     }
     case PLIST_DATE: {
         int32_t sec = 0, usec = 0;
@@ -78,10 +77,8 @@ pl::ValuePtr fromLibplist(plist_t node)
         return pl::makeDate(sec + usec / 1e6);
     }
     case PLIST_DATA: {
-        char* bytes = nullptr;
         uint64_t length = 0;
-        plist_get_data_val(node, &bytes, &length);
-        std::unique_ptr<char, Free> owned(bytes);
+        const auto* bytes = reinterpret_cast<const uint8_t*>(plist_get_data_ptr(node, &length));
         return pl::makeData(std::vector<uint8_t>(bytes, bytes + length));
     }
     case PLIST_ARRAY: {
@@ -109,8 +106,6 @@ pl::ValuePtr fromLibplist(plist_t node)
         return pl::makeString("<unexpected node type>");
     }
 }
-
-class PrefsLibplist : public test::PrefsHome { };
 
 // --- Folders ---
 
