@@ -1,4 +1,4 @@
-// Localized decimals, digit counts, entity unescaping, and what the system reports.
+// Localized decimals, digit counts, entity unescaping and the system version.
 #include "tests/settings/prefs-fixture.h"
 
 namespace talmo {
@@ -65,16 +65,6 @@ TEST(XMLEntities, NamedStringEntitiesAreReplacedOnce)
     for (const auto& [in, out] : cases)
         EXPECT_EQ(XMLCreateStringByUnescapingEntities(in, entities), out) << in;
     EXPECT_EQ(XMLCreateStringByUnescapingEntities("a &amp; b", nullptr), "a &amp; b");
-}
-
-TEST(MediaLimits, TheHookAnswersWhileAPrinterIsOpenTheDefaultsOtherwise)
-{
-    const MediaLimits none = GetMediaLimits();
-    SetMediaLimitsHook([] { return std::optional<MediaLimits>(MediaLimits{144, 216, 1332, 3600}); });
-    EXPECT_EQ(GetMediaLimits().maxHeight, 3600);
-    SetMediaLimitsHook([] { return std::optional<MediaLimits>(); }); // hook present, no PPD open
-    EXPECT_EQ(GetMediaLimits().maxHeight, none.maxHeight);
-    SetMediaLimitsHook(nullptr);
 }
 
 TEST(SystemVersion, ThresholdsAndCaching)

@@ -42,8 +42,7 @@ public:
 protected:
     void SetUp() override
     {
-        const char* tmp = std::getenv("TMPDIR");
-        std::string templ = std::string(tmp && *tmp ? tmp : "/tmp") + "/talmo-prefs-XXXXXX";
+        std::string templ = ::testing::TempDir() + "talmo-prefs-XXXXXX";
         ASSERT_NE(::mkdtemp(templ.data()), nullptr);
         root_ = templ;
         env_.emplace_back("HOME", (root_ + "/home").c_str());
