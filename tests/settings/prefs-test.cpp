@@ -1,12 +1,15 @@
 #include "tests/settings/prefs-fixture.h"
 
 #include <fcntl.h>
+#include <plist/plist.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <chrono>
 #include <filesystem>
+#include <limits>
+#include <memory>
 #include <thread>
 
 // Looking at a name and then opening it is a race: the file may be replaced in between. This
@@ -28,9 +31,8 @@ extern "C" int stat(const char* __restrict path, struct stat* __restrict st) noe
 namespace talmo {
 namespace {
 
-using test::PrefsHome;
-
 const char* kInputHistory = "com.talmo.print.inputhistory.plist";
+const char* kWatermarks = "com.talmo.printing.watermarks.plist";
 
 mode_t modeOf(const std::string& path)
 {
@@ -38,41 +40,90 @@ mode_t modeOf(const std::string& path)
     return ::stat(path.c_str(), &st) == 0 ? (st.st_mode & 07777) : 0;
 }
 
-class Prefs : public PrefsHome { };
+class Prefs : public test::PrefsHome { };
 
-// --- Folder mapping ---
-
-TEST_F(Prefs, MakerFolderIsCreatedPrivateOnFirstUse)
+// libplist's node, translated into our model by hand (never through our reader).
+pl::ValuePtr fromLibplist(plist_t node)
 {
-    // Neither the data home nor "Talmo" exist yet: both are made, owner-only.
-    ASSERT_FALSE(std::filesystem::exists(dataHome()));
-    auto url = CopyPreferenceFileURL("com.talmo.printing.watermarks.plist");
-    ASSERT_TRUE(url);
-    EXPECT_EQ(*url, dataHome() + "/Talmo/com.talmo.printing.watermarks.plist");
-    EXPECT_TRUE(std::filesystem::is_directory(dataHome() + "/Talmo"));
-    EXPECT_EQ(modeOf(dataHome() + "/Talmo"), 0700u);
-    EXPECT_FALSE(std::filesystem::exists(*url)); // the folder only, never the file
+    switch (plist_get_node_type(node)) {
+    case PLIST_BOOLEAN: {
+        uint8_t b = 0;
+        plist_get_bool_val(node, &b);
+        return pl::makeBool(b != 0);
+    }
+    case PLIST_UINT: { // libplist 2.2 keeps every integer as 64 bits, negative ones as two's complement
+        uint64_t u = 0;
+        plist_get_uint_val(node, &u);
+        return pl::makeInt(static_cast<int64_t>(u));
+    }
+    case PLIST_REAL: {
+        double d = 0;
+        plist_get_real_val(node, &d);
+        return pl::makeReal(d);
+    }
+    case PLIST_STRING: {
+        uint64_t length = 0;
+        const char* text = plist_get_string_ptr(node, &length);
+        return pl::makeString(std::string(text, length));
+    }
+    case PLIST_DATE: {
+        int32_t sec = 0, usec = 0;
+        plist_get_date_val(node, &sec, &usec);
+        return pl::makeDate(sec + usec / 1e6);
+    }
+    case PLIST_DATA: {
+        uint64_t length = 0;
+        const auto* bytes = reinterpret_cast<const uint8_t*>(plist_get_data_ptr(node, &length));
+        return pl::makeData(std::vector<uint8_t>(bytes, bytes + length));
+    }
+    case PLIST_ARRAY: {
+        auto a = pl::makeArray();
+        for (uint32_t i = 0; i < plist_array_get_size(node); ++i)
+            a->append(fromLibplist(plist_array_get_item(node, i)));
+        return a;
+    }
+    case PLIST_DICT: {
+        auto d = pl::makeDict();
+        plist_dict_iter it = nullptr;
+        plist_dict_new_iter(node, &it);
+        std::unique_ptr<void, void (*)(void*)> ownedIter(it, std::free);
+        for (;;) {
+            char* key = nullptr;
+            plist_t value = nullptr;
+            plist_dict_next_item(node, it, &key, &value);
+            std::unique_ptr<char, void (*)(void*)> owned(key, std::free);
+            if (!value)
+                return d;
+            d->set(key, fromLibplist(value));
+        }
+    }
+    default:
+        return pl::makeString("<unexpected node type>");
+    }
 }
 
-TEST_F(Prefs, FoldersFallBackToHomeWhenVariablesAreUnsetOrRelative)
+// --- Folders ---
+
+TEST_F(Prefs, FoldersFollowTheVariablesFallBackToHomeAndAreMadePrivate)
 {
+    EXPECT_EQ(CopyPreferenceFileURL(kWatermarks), dataHome() + "/Talmo/" + kWatermarks);
+    EXPECT_EQ(modeOf(dataHome() + "/Talmo"), 0700u);
+    EXPECT_FALSE(std::filesystem::exists(dataHome() + "/Talmo/" + kWatermarks)); // the folder only
+
     const std::string home = root_ + "/home";
-    struct Case {
+    const struct {
         const char* configHome; // null: unset
         const char* dataHome;
         std::string userFile;
-        std::string sharedFile;
-    };
-    const Case cases[] = {
-        {nullptr, nullptr, home + "/.config/talmo/f.plist", home + "/.local/share/Talmo/f.plist"},
-        {"relative/cfg", "", home + "/.config/talmo/f.plist", home + "/.local/share/Talmo/f.plist"},
-        {"/abs/cfg", nullptr, "/abs/cfg/talmo/f.plist", home + "/.local/share/Talmo/f.plist"},
+    } cases[] = {
+        {nullptr, nullptr, home + "/.config/talmo/f.plist"},
+        {"relative/cfg", "", home + "/.config/talmo/f.plist"},
+        {"/abs/cfg", "rel", "/abs/cfg/talmo/f.plist"},
     };
     for (const auto& c : cases) {
-        c.configHome ? ::setenv("XDG_CONFIG_HOME", c.configHome, 1) : ::unsetenv("XDG_CONFIG_HOME");
-        c.dataHome ? ::setenv("XDG_DATA_HOME", c.dataHome, 1) : ::unsetenv("XDG_DATA_HOME");
+        test::ScopedEnv config("XDG_CONFIG_HOME", c.configHome), data("XDG_DATA_HOME", c.dataHome);
         EXPECT_EQ(CopyUserPreferencesPath("f.plist"), c.userFile);
-        EXPECT_EQ(CopyPreferenceFileURL("f.plist"), c.sharedFile);
+        EXPECT_EQ(CopyPreferenceFileURL("f.plist"), home + "/.local/share/Talmo/f.plist");
     }
 }
 
@@ -94,183 +145,161 @@ TEST_F(Prefs, FileNamesThatLeaveTheFolderAreRefused)
 TEST_F(Prefs, SharedDefaultsComeFromTheMakerFolderDataDirsOrTheBundleInThatOrder)
 {
     const std::string name = "TalmoFeatures.plist";
-    const auto from = [&] {
-        auto d = pl::as<pl::Dictionary>(CopyXMLData(name));
-        return d && d->getString("from") ? *d->getString("from") : "null";
-    };
-    const auto place = [&](const std::string& path, const std::string& what) {
-        writeRaw(path, "<plist><dict><key>from</key><string>" + what + "</string></dict></plist>");
-    };
     testing::internal::CaptureStderr();
-    EXPECT_EQ(from(), "null");
+    EXPECT_EQ(CopyXMLData(name), nullptr);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    place(root_ + "/bundle/Resources/" + name, "bundle");
-    SetExtensionBundle(Bundle::open(root_ + "/bundle"));
-    EXPECT_EQ(from(), "bundle");
-    place(root_ + "/sys2/talmo/" + name, "sys2");
-    EXPECT_EQ(from(), "sys2");
-    place(root_ + "/sys1/talmo/" + name, "sys1");
-    EXPECT_EQ(from(), "sys1");
-    place(dataHome() + "/Talmo/" + name, "maker");
-    EXPECT_EQ(from(), "maker");
-    EXPECT_EQ(CopySharedDefaultsPath(name), dataHome() + "/Talmo/" + name);
-    SetExtensionBundle(std::nullopt);
-}
 
-TEST_F(Prefs, ShippedFeatureFileReadsWithTheLibraryLayout)
-{
+    // The shipped file reads with the layout the stock library expects.
     std::filesystem::create_directories(root_ + "/bundle");
     std::filesystem::create_directory_symlink(std::string(TALMO_SOURCE_DIR) + "/resources",
                                               root_ + "/bundle/Resources");
     SetExtensionBundle(Bundle::open(root_ + "/bundle"));
-    auto d = pl::as<pl::Dictionary>(CopyXMLData("TalmoFeatures.plist"));
-    SetExtensionBundle(std::nullopt);
-    ASSERT_TRUE(d);
-    EXPECT_TRUE(d->getDict(kStockLibraryStockListKey));
-    EXPECT_TRUE(d->getArray(kStockLibraryStockMenuListKey));
-    const auto widths = d->getDict(kStockLibraryColumnWidthsKey);
-    ASSERT_TRUE(widths);
-    EXPECT_EQ(widths->size(), 13u); // one per column of the library table
-    for (const auto& [column, width] : *widths) {
+    const auto shipped = pl::as<pl::Dictionary>(CopyXMLData(name));
+    const auto widths = shipped ? shipped->getDict(kStockLibraryColumnWidthsKey) : nullptr;
+    EXPECT_TRUE(widths && shipped->getDict(kStockLibraryStockListKey) &&
+                shipped->getArray(kStockLibraryStockMenuListKey));
+    EXPECT_EQ(widths ? widths->size() : 0, 13u); // one per column of the library table
+    for (const auto& [column, width] : widths ? *widths : pl::Dictionary()) {
         const auto w = pl::as<pl::Integer>(width);
         EXPECT_TRUE(column.size() == 4 && w && w->value > 0 && w->value <= INT16_MAX) << column;
     }
+
+    for (const auto& [folder, what] : {std::pair{root_ + "/sys2/talmo", "sys2"},
+                                       {root_ + "/sys1/talmo", "sys1"},
+                                       {dataHome() + "/Talmo", "maker"}}) {
+        writeRaw(folder + "/" + name,
+                 std::string("<plist><dict><key>from</key><string>") + what + "</string></dict></plist>");
+        const auto d = pl::as<pl::Dictionary>(CopyXMLData(name));
+        EXPECT_EQ(d ? d->getString("from") : std::nullopt, what);
+    }
+    SetExtensionBundle(std::nullopt);
 }
 
 // --- Reading ---
 
-TEST_F(Prefs, MissingDamagedOrNonDictionaryUserFileReadsAsEmptyDictionary)
+// A damaged user file reads silently as an empty dictionary; a damaged shared file as null,
+// with the parser's complaint.
+TEST_F(Prefs, DamagedFilesReadAsEmptyOrNull)
 {
-    struct Case {
-        const char* what;
-        std::optional<std::string> content; // nullopt: no file
+    const std::pair<std::string, std::string> cases[] = {
+        {"", "line 1: Document is empty"},
+        {"garbage\x01\x02", "line 1: Start tag expected, '<' not found"},
+        {"<plist>\n<dict>\n<key>a</key>\n</dict>\n</plist>\n", "line 3: <key>a</key> has no value"},
+        {"<plist><dict><key>a</key><real>0,75</real></dict></plist>", "line 1: <real> \"0,75\" is not a number"},
+        {"<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>a</key><integer>1",
+         "line 1: Premature end of data in tag integer line 1"},
+        {"<plist><array><string>x</string></array></plist>", ""}, // well formed, but no dictionary
     };
-    const Case cases[] = {
-        {"missing file", std::nullopt},
-        {"empty file", ""},
-        {"not a property list", "garbage\x01\x02"},
-        {"truncated", "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>a</key><integer>1"},
-        {"bad number", "<plist><dict><key>a</key><real>0,75</real></dict></plist>"},
-        {"array root", "<plist><array><string>x</string></array></plist>"},
-    };
-    for (const auto& c : cases) {
-        std::filesystem::remove(prefsFile(kInputHistory));
-        if (c.content)
-            writeRaw(prefsFile(kInputHistory), *c.content);
+    for (const auto& [content, error] : cases) {
+        writeRaw(prefsFile(kInputHistory), content);
+        writeRaw(dataHome() + "/Talmo/" + kWatermarks, content);
         testing::internal::CaptureStderr();
         auto d = CopyUserPreferences(kInputHistory);
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << c.what; // read failures are silent
-        ASSERT_NE(d, nullptr) << c.what;
-        EXPECT_TRUE(d->empty()) << c.what;
-        d->setInt("usable", 1); // mutable
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << content;
+        ASSERT_NE(d, nullptr) << content;
+        EXPECT_TRUE(d->empty()) << content;
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(CopyXMLData(kWatermarks) == nullptr, !error.empty()) << content;
+        EXPECT_EQ(testing::internal::GetCapturedStderr(),
+                  error.empty() ? "" : "CopyXMLData()::CFPropertyListCreateFromXMLData() error: " + error + "\n");
     }
 }
 
-TEST_F(Prefs, FifoOrFolderInPlaceOfAFileReadsAsUnreadableWithoutBlocking)
-{
-    const std::string shared = "com.talmo.printing.watermarks.plist";
-    std::filesystem::create_directories(prefsFolder());
-    std::filesystem::create_directories(dataHome() + "/Talmo/" + shared);
-    ASSERT_EQ(::mkfifo(prefsFile(kInputHistory).c_str(), 0600), 0);
-    ::alarm(10); // opening a FIFO without a writer would wait forever
-    auto d = CopyUserPreferences(kInputHistory);
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(CopyXMLData(shared), nullptr);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    ::alarm(0);
-    ASSERT_TRUE(d);
-    EXPECT_TRUE(d->empty());
-}
-
-TEST_F(Prefs, AFileSwappedForAFifoAfterALookCannotBlockTheRead)
+// A FIFO in place of a preference file, there from the start or swapped in after a look at the
+// name, must not block the dialog: it reads as no file at all.
+TEST_F(Prefs, FifoInPlaceOfAFileCannotBlockTheRead)
 {
     const std::string target = prefsFile(kInputHistory);
-    writeRaw(target, "<plist><dict/></plist>");
-    ASSERT_EQ(::mkfifo((target + ".fifo").c_str(), 0600), 0);
-    gSwapAfterLook = target;
-    std::atomic<bool> done{false};
-    std::thread reader([&] {
-        CopyUserPreferences(kInputHistory);
-        done = true;
-    });
-    for (int i = 0; i < 300 && !done; ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    const bool blocked = !done;
-    while (!done) { // a writer on the FIFO releases a reader stuck in open()
-        if (const int fd = ::open(target.c_str(), O_WRONLY | O_NONBLOCK); fd >= 0)
-            ::close(fd);
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    std::filesystem::create_directories(dataHome() + "/Talmo/" + kWatermarks); // a folder in place
+    for (const bool swapped : {false, true}) {
+        std::filesystem::remove(target);
+        if (swapped) {
+            writeRaw(target, "<plist><dict/></plist>");
+            ASSERT_EQ(::mkfifo((target + ".fifo").c_str(), 0600), 0);
+            gSwapAfterLook = target;
+        } else {
+            std::filesystem::create_directories(prefsFolder());
+            ASSERT_EQ(::mkfifo(target.c_str(), 0600), 0);
+        }
+        std::atomic<bool> done{false};
+        pl::DictPtr read;
+        std::thread reader([&] {
+            read = CopyUserPreferences(kInputHistory);
+            done = true;
+        });
+        for (int i = 0; i < 300 && !done; ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        const bool blocked = !done;
+        while (!done) { // a writer on the FIFO releases a reader stuck in open()
+            if (const int fd = ::open(target.c_str(), O_WRONLY | O_NONBLOCK); fd >= 0)
+                ::close(fd);
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        reader.join();
+        gSwapAfterLook.clear();
+        EXPECT_FALSE(blocked) << (swapped ? "swapped after a look" : "FIFO from the start");
+        EXPECT_TRUE(read && read->empty());
     }
-    reader.join();
-    gSwapAfterLook.clear();
-    EXPECT_FALSE(blocked);
-}
-
-TEST_F(Prefs, SharedFileThatIsNotXmlPrintsTheParseErrorAndReadsAsNull)
-{
-    const std::string name = "com.talmo.printing.watermarks.plist";
-    struct Case {
-        const char* content;
-        const char* expectedMessage;
-    };
-    const Case cases[] = {
-        {"this is not XML",
-         "CopyXMLData()::CFPropertyListCreateFromXMLData() error: line 1: Start tag expected, '<' not found\n"},
-        {"<plist>\n<dict>\n<key>a</key>\n</dict>\n</plist>\n",
-         "CopyXMLData()::CFPropertyListCreateFromXMLData() error: line 3: <key>a</key> has no value\n"},
-        {"", "CopyXMLData()::CFPropertyListCreateFromXMLData() error: line 1: Document is empty\n"},
-    };
-    for (const auto& c : cases) {
-        writeRaw(dataHome() + "/Talmo/" + name, c.content);
-        testing::internal::CaptureStderr();
-        EXPECT_EQ(CopyXMLData(name), nullptr) << c.content;
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), c.expectedMessage);
-    }
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(CopyXMLData(kWatermarks), nullptr);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
 // --- Writing ---
 
-TEST_F(Prefs, WritesTheStandardXmlOwnerOnlyCreatingTheFolder)
+// What WriteUserPreferences writes: the standard XML, byte for byte as the golden file, owner
+// only, and a second, independent parser (libplist) sees every value exactly as we meant it.
+TEST_F(Prefs, WritesTheStandardXmlOwnerOnlyThatAnIndependentParserReadsBack)
 {
-    auto d = pl::makeDict();
-    d->setString("JobName", "Q3 <draft> & notes");
-    d->setInt("Copies", 2);
-    ASSERT_TRUE(WriteUserPreferences(kInputHistory, d));
-    EXPECT_EQ(
-        readAll(prefsFile(kInputHistory)),
-        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-        "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
-        "<plist version=\"1.0\">\n"
-        "<dict>\n"
-        "\t<key>JobName</key>\n"
-        "\t<string>Q3 &lt;draft&gt; &amp; notes</string>\n"
-        "\t<key>Copies</key>\n"
-        "\t<integer>2</integer>\n"
-        "</dict>\n"
-        "</plist>\n");
+    std::vector<uint8_t> allBytes(256);
+    for (size_t i = 0; i < allBytes.size(); ++i)
+        allBytes[i] = static_cast<uint8_t>(i);
+    auto list = pl::makeArray();
+    list->append(pl::makeString(""));
+    list->append(pl::makeBool(false));
+    list->append(pl::makeArray());
+    list->append(pl::makeDict());
+
+    auto root = pl::makeDict();
+    root->set("markup", pl::makeString("<tag attr=\"v\">&amp; ]]> 'q' & < ></tag>"));
+    root->set("carriage returns and edge whitespace", pl::makeString("  line 1\r\nline 2\rend\r\t"));
+    root->set("non-BMP text", pl::makeString("\xF0\x9D\x84\x9E clef, \xF0\x9F\x98\x80, \xE4\xB8\xAD\xE6\x96\x87"));
+    root->set("key <&> markup", pl::makeBool(true));
+    root->set("int64 max", pl::makeInt(std::numeric_limits<int64_t>::max()));
+    root->set("int64 min", pl::makeInt(std::numeric_limits<int64_t>::min()));
+    root->set("pi", pl::makeReal(3.141592653589793));
+    root->set("small negative", pl::makeReal(-1.5e-7));
+    root->set("unix epoch", pl::makeDate(-978307200));
+    root->set("a 2023 date", pl::makeDate(721692000));
+    root->set("all bytes", pl::makeData(allBytes));
+    root->set("nested", list);
+    ASSERT_TRUE(WriteUserPreferences("written.plist", root));
+    const std::string xml = readAll(prefsFile("written.plist"));
+    EXPECT_EQ(xml, readAll(std::string(TALMO_SOURCE_DIR) + "/tests/settings/data/written.plist"));
     EXPECT_EQ(modeOf(prefsFolder()), 0700u);
-    EXPECT_EQ(modeOf(prefsFile(kInputHistory)), 0600u);
-    EXPECT_TRUE(pl::equal(CopyUserPreferences(kInputHistory), d));
+    EXPECT_EQ(modeOf(prefsFile("written.plist")), 0600u);
+
+    plist_t parsed = nullptr;
+    plist_from_xml(xml.data(), static_cast<uint32_t>(xml.size()), &parsed);
+    ASSERT_NE(parsed, nullptr) << xml;
+    EXPECT_TRUE(pl::equal(fromLibplist(parsed), root)) << xml;
+    plist_free(parsed);
+    EXPECT_TRUE(pl::equal(CopyUserPreferences("written.plist"), root));
 }
 
-TEST_F(Prefs, NullPropertyListIsAFailedWriteThatKeepsTheOldFile)
+TEST_F(Prefs, FailedWritesReportTheErrorAndKeepTheOldFile)
 {
-    auto d = pl::makeDict();
-    d->setBool("kept", true);
-    ASSERT_TRUE(WriteUserPreferences(kInputHistory, d));
+    ASSERT_TRUE(WriteUserPreferences(kInputHistory, pl::makeDict()));
     const std::string before = readAll(prefsFile(kInputHistory));
     testing::internal::CaptureStderr();
     EXPECT_FALSE(WriteUserPreferences(kInputHistory, nullptr));
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "WriteUserPreferences() failed (22)\n");
     EXPECT_EQ(readAll(prefsFile(kInputHistory)), before);
-}
 
-TEST_F(Prefs, PreferencesFolderBlockedByAFileFailsWithNotADirectory)
-{
-    std::filesystem::create_directories(configHome());
+    std::filesystem::remove_all(prefsFolder());
     writeRaw(prefsFolder(), "a file where the folder should be");
     testing::internal::CaptureStderr();
-    EXPECT_FALSE(WriteUserPreferences(kInputHistory, pl::makeDict()));
+    EXPECT_FALSE(WriteUserPreferences("other.plist", pl::makeDict()));
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "WriteUserPreferences() failed (20)\n");
 }
 

@@ -2,8 +2,6 @@
 // interface descriptions.
 #include "toolkit-fixture.h"
 
-#include "settings/scoped-env.h"
-
 #include <QClipboard>
 #include <QDialog>
 #include <QFormLayout>
