@@ -12,6 +12,8 @@
 
 #include <filesystem>
 
+#include <unistd.h>
+
 using namespace talmo;
 
 namespace {
@@ -26,7 +28,7 @@ class JobNotesPanel : public LoadedBundle {
 protected:
     void SetUp() override
     {
-        home_ = ::testing::TempDir() + "jobnotes-home";
+        home_ = ::testing::TempDir() + "jobnotes-home-" + std::to_string(::getpid()); // tests run side by side
         std::filesystem::remove_all(home_);
         ::setenv("XDG_CONFIG_HOME", home_.c_str(), 1);
         auto* instance = newInstance(); // the factory finds the bundle's resources

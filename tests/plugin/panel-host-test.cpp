@@ -43,7 +43,8 @@ class ShellDialog : public LoadedBundle {
 protected:
     void SetUp() override
     {
-        trace_ = ::testing::TempDir() + "panel-trace.txt";
+        // ctest runs tests of this suite side by side: one trace file per process.
+        trace_ = ::testing::TempDir() + "panel-trace-" + std::to_string(::getpid()) + ".txt";
         std::remove(trace_.c_str());
         ::setenv("TALMO_PANEL_TRACE", trace_.c_str(), 1);
         instance_ = newInstance();
