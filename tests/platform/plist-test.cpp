@@ -82,8 +82,9 @@ TEST(PlistReader, RejectsMalformedInputWithStatusLineAndMessage)
         EXPECT_EQ(readPlist(c.input, &r), nullptr) << c.expect;
         EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << c.expect;
         EXPECT_EQ(names[int(r.status)], status) << c.expect << ": " << r.message;
-        if (line)
+        if (line) {
             EXPECT_EQ(r.line, line) << c.expect << ": " << r.message;
+        }
         EXPECT_FALSE(r.message.empty()) << c.expect;
     }
 }
@@ -97,8 +98,9 @@ TEST(PlistNumbers, StrictSyntax)
         double v = 0;
         const bool ok = parseRealText(c.input, v);
         EXPECT_EQ(ok, c.expect != "error") << c.input;
-        if (ok)
+        if (ok) {
             EXPECT_EQ(v, std::strtod(c.expect.c_str(), nullptr)) << c.input;
+        }
     }
     int64_t i = 0;
     EXPECT_TRUE(parseIntegerText("-9223372036854775808", i));

@@ -26,8 +26,9 @@ TEST(TpifImportHostile, EveryMalformedFileIsRefusedAndChangesNothing)
         EXPECT_FALSE(why.empty());
         ASSERT_EQ(d->size(), 1u);
         EXPECT_EQ(d->getInt("com.talmo.print.FinishingOptions"), 4);
-        if (path.filename().string().find("entity") != std::string::npos)
+        if (path.filename().string().find("entity") != std::string::npos) {
             EXPECT_EQ(why, "the document declares entities");
+        }
     }
     EXPECT_GE(files, 20);
 }

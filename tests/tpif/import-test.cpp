@@ -42,8 +42,9 @@ pl::DictPtr importText(const std::string& text)
     std::string why;
     TPIFDocument doc = TPIFReadDocumentFromMemory(text.data(), text.size(), &why);
     EXPECT_TRUE(doc) << why;
-    if (doc)
+    if (doc) {
         EXPECT_EQ(TPIFImportDocument(doc.get(), d), noErr);
+    }
     return d;
 }
 

@@ -76,8 +76,9 @@ protected:
                 if (parent == "printer-resolution") { // the pair is one keyword
                     if (name == "cross-feed")
                         crossFeed = value;
-                    else if (name == "feed-direction")
+                    else if (name == "feed-direction") {
                         EXPECT_EQ(refusal("Resolution", "keyword", crossFeed + "x" + value), "") << what;
+                    }
                     continue;
                 }
                 const std::string grand = stack.size() > 1 ? stack[stack.size() - 2] + "." : "";
