@@ -1,11 +1,12 @@
 // The Advanced panel: page order, OPI, pages to print and the TPIF ticket.
+#include "panels/advanced/advanced-dialogs.h"
 #include "panels/advanced/advanced-settings.h"
 #include "panels/panel-module.h"
-#include "toolkit/toolkit.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QPointer>
+#include <QPushButton>
 
 namespace talmo::advanced {
 
@@ -25,6 +26,8 @@ enum ControlNumber : int {
     kFromPageControl,
     kToPageControl,
     kEmitTPIFControl,
+    kImportControl,
+    kExportControl,
 };
 
 // The popups in control order, with their maps and the field each one shows.
@@ -99,6 +102,19 @@ void showSettings(AdvancedContext* c)
     enableRange(c);
 }
 
+void connectCommands(AdvancedContext* c, const Bundle& bundle)
+{
+    QWidget* root = c->content;
+    auto command = [&](int number, auto run) {
+        if (auto* button = GetControlByID<QPushButton>(root, {kAdvancedSignature, number}))
+            QObject::connect(button, &QPushButton::clicked, button, [c, &bundle, run] { run(bundle, c); });
+    };
+    command(kImportControl,
+            [](const Bundle& b, AdvancedContext* c) { RunModalTPIFImportDialog(b, c->session, {}, c->content); });
+    command(kExportControl,
+            [](const Bundle& b, AdvancedContext* c) { RunModalTPIFExportDialog(b, c->session, {}, c->content); });
+}
+
 QString localized(const char* key)
 {
     const Bundle* bundle = ExtensionBundle();
@@ -131,6 +147,7 @@ OSStatus Initialize(PMPDEContext context, PMPDEFlags*, PMPDERef, ControlRef pane
         spin->setRange(kFirstPage, kLastPage);
     QObject::connect(c->popups[kPagesToPrintControl - 1], &QComboBox::currentIndexChanged, c->content,
                      [c] { enableRange(c); });
+    connectCommands(c, *bundle);
     showSettings(c);
     return noErr;
 }

@@ -1,15 +1,27 @@
-// The Advanced panel of the loaded bundle, driven through its record.
+// The Advanced panel of the loaded bundle through its record; TPIF import and export by path.
+#include "panels/advanced/advanced-dialogs.h"
 #include "tests/plugin/loaded-bundle.h"
 
 #include <QCheckBox>
+#include <QClipboard>
 #include <QComboBox>
+#include <QMessageBox>
+#include <QPlainTextEdit>
+#include <QPushButton>
 #include <QRegularExpression>
+#include <QTimer>
+
+#include <filesystem>
+#include <fstream>
+
+#include <unistd.h>
 
 using namespace talmo;
 
 namespace {
 
 constexpr uint32_t kAdvn = FourCC("Advn");
+const std::string kSource = TALMO_RESOURCES_DIR "/..";
 
 // Every control with a value it can show that is not its default.
 struct ControlRow {
@@ -39,8 +51,13 @@ protected:
         FreePanelInterface(intf);
         ASSERT_EQ(ops_.Prologue(&context_, nullptr, nullptr, nullptr, nullptr, nullptr), noErr);
         ASSERT_EQ(ops_.Initialize(context_, nullptr, nullptr, pane_.get(), &session_), noErr);
+        std::filesystem::create_directories(dir_);
     }
-    void TearDown() override { ops_.Terminate(context_, noErr); }
+    void TearDown() override
+    {
+        ops_.Terminate(context_, noErr);
+        std::filesystem::remove_all(dir_);
+    }
 
     // The control's value as a ticket number: a popup's row value, a field's number, a box 0/1.
     // The bundle's controls are its own classes, so they are read through Qt's base classes.
@@ -62,10 +79,39 @@ protected:
             qobject_cast<QCheckBox*>(w)->setChecked(value != 0);
     }
     Ticket& ticket() { return session_.printSettings(); }
+    QString write(const std::string& name, const std::string& text)
+    {
+        std::ofstream(dir_ + name) << text;
+        return QString::fromStdString(dir_ + name);
+    }
+
+    // Answers the modal dialogs to come, one step each: the summary's button named so, or OK of
+    // a message box (whose text is kept). The summary's text is kept too.
+    void answer(std::vector<const char*> steps)
+    {
+        if (steps.empty())
+            return;
+        QTimer::singleShot(0, [this, steps] {
+            QWidget* modal = QApplication::activeModalWidget();
+            ASSERT_TRUE(modal);
+            if (auto* box = qobject_cast<QMessageBox*>(modal)) {
+                messages_ << box->text();
+                box->accept();
+            } else {
+                summary_ = modal->findChild<QPlainTextEdit*>("summary")->toPlainText();
+                modal->findChild<QPushButton*>(steps.front())->click();
+            }
+            answer({steps.begin() + 1, steps.end()});
+        });
+    }
+
     PlugInIntfVTable ops_{};
     PMPDEContext context_ = nullptr;
     std::unique_ptr<QWidget> pane_ = std::make_unique<QWidget>();
     PrintSession session_;
+    const std::string dir_ = ::testing::TempDir() + "advanced-" + std::to_string(::getpid()) + "/";
+    QStringList messages_;
+    QString summary_;
 };
 
 TEST_F(AdvancedPanel, EveryControlTravelsBothWaysAndTheDefaultsRemoveTheirKeys)
@@ -124,6 +170,73 @@ TEST_F(AdvancedPanel, SummaryNamesOnlyWhatIsSet)
     for (size_t i = 0; i < titles->size() && i < texts->size(); ++i)
         lines.push_back(pl::as<pl::String>(titles->at(i))->text + ": " + pl::as<pl::String>(texts->at(i))->text);
     EXPECT_EQ(lines, (std::vector<std::string>{"Rotate Image 180°: On", "Pages to Print: 3 - 12"}));
+}
+
+TEST_F(AdvancedPanel, ImportChangesTheTicketOnlyWhenEveryFileReadsAndTheUserConfirms)
+{
+    SetExtensionBundle(**bundle);
+    const QString good = QString::fromStdString(kSource + "/tests/tpif/data/tpif-plain-job.tpif");
+    const QString entity = write("entity.tpif", "<?xml version=\"1.0\"?>\n<!DOCTYPE tpif [<!ENTITY x \"y\">]>\n"
+                                                "<tpif><job-name>&x;</job-name></tpif>\n");
+    const QString garbage = write("garbage.tpif", std::string("\0\xff<tpif", 7));
+    struct {
+        QStringList paths;
+        const char* button; // of the summary; null when none is shown
+        OSStatus status;
+    } const rows[] = {
+        {{good, entity}, nullptr, kImportFileFailed},
+        {{garbage}, nullptr, kImportFileFailed},
+        {{QString::fromStdString(dir_) + "missing.tpif"}, nullptr, kImportFileFailed},
+        {{good}, "cancel", userCanceledErr},
+    };
+    ticket().set(kJobNotesJobNameKey, pl::makeString("Before"), "t");
+    const pl::DictPtr before = pl::deepCopy(ticket().asDictionary());
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.paths.back().toStdString());
+        messages_.clear();
+        answer({row.button ? row.button : "OK"});
+        EXPECT_EQ(advanced::RunModalTPIFImportDialog(**bundle, &session_, row.paths), row.status);
+        EXPECT_EQ(messages_.size(), row.button ? 0 : 1);
+        EXPECT_TRUE(pl::equal(ticket().asDictionary(), before));
+    }
+
+    answer({"copyAll", "default"});
+    EXPECT_EQ(advanced::RunModalTPIFImportDialog(**bundle, &session_, {good}), noErr);
+    EXPECT_TRUE(pl::equal(ticket().get(kJobNotesJobNameKey), pl::makeString("Annual report 2026")));
+    EXPECT_TRUE(summary_.contains("Annual report 2026"));
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), summary_);
+    SetExtensionBundle(std::nullopt);
+}
+
+TEST_F(AdvancedPanel, ExportWritesWhatTheWriterMakesOfTheTicket)
+{
+    auto example = pl::as<pl::Dictionary>(pl::readPlistFile(kSource + "/examples/tpif-plain-job.plist"));
+    ASSERT_EQ(ticket().loadDictionary(example, "t"), noErr);
+    const std::string path = dir_ + "out.tpif";
+
+    answer({"cancel"});
+    EXPECT_EQ(advanced::RunModalTPIFExportDialog(**bundle, &session_, QString::fromStdString(path)), userCanceledErr);
+    EXPECT_FALSE(std::filesystem::exists(path));
+
+    answer({"default"});
+    ASSERT_EQ(advanced::RunModalTPIFExportDialog(**bundle, &session_, QString::fromStdString(path)), noErr);
+    std::ifstream in(path);
+    const std::string written{std::istreambuf_iterator<char>(in), {}};
+    char* buffer = nullptr;
+    size_t length = 0;
+    FILE* stream = open_memstream(&buffer, &length);
+    WriteTPIF(stream, TPIFExportItems(ticket().asDictionary()));
+    std::fclose(stream);
+    const std::string expected(buffer, length);
+    std::free(buffer);
+    EXPECT_GT(expected.size(), 100u);
+    EXPECT_EQ(written, expected);
+
+    answer({"default", "OK"}); // the summary, then the message about the failed write
+    EXPECT_EQ(
+        advanced::RunModalTPIFExportDialog(**bundle, &session_, QString::fromStdString(dir_ + "no/such/dir.tpif")),
+        kTPIFExportIOErr);
+    EXPECT_EQ(messages_.size(), 1);
 }
 
 } // namespace
