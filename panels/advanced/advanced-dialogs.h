@@ -1,4 +1,4 @@
-// The Advanced panel's dialogs: TPIF import and export with their summary.
+// The Advanced panel's dialogs: TPIF import and export with their summary, and About.
 #pragma once
 
 #include "toolkit/toolkit.h"
@@ -27,5 +27,8 @@ OSStatus RunModalTPIFImportDialog(const Bundle& bundle, PrintSession* session, Q
 // document to `path` (asked for with a file dialog when empty). A failed write is reported in
 // a message and leaves any earlier file as it was.
 OSStatus RunModalTPIFExportDialog(const Bundle& bundle, PrintSession* session, QString path, QWidget* parent = nullptr);
+
+// Version, printer model and the device picture.
+OSStatus RunModalAboutDialog(const Bundle& bundle, PrintSession* session, QWidget* parent = nullptr);
 
 } // namespace talmo::advanced

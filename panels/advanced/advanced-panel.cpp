@@ -28,6 +28,7 @@ enum ControlNumber : int {
     kEmitTPIFControl,
     kImportControl,
     kExportControl,
+    kAboutControl,
 };
 
 // The popups in control order, with their maps and the field each one shows.
@@ -113,6 +114,7 @@ void connectCommands(AdvancedContext* c, const Bundle& bundle)
             [](const Bundle& b, AdvancedContext* c) { RunModalTPIFImportDialog(b, c->session, {}, c->content); });
     command(kExportControl,
             [](const Bundle& b, AdvancedContext* c) { RunModalTPIFExportDialog(b, c->session, {}, c->content); });
+    command(kAboutControl, [](const Bundle& b, AdvancedContext* c) { RunModalAboutDialog(b, c->session, c->content); });
 }
 
 QString localized(const char* key)
