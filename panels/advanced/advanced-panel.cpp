@@ -103,12 +103,16 @@ void showSettings(AdvancedContext* c)
     enableRange(c);
 }
 
-void connectCommands(AdvancedContext* c, const Bundle& bundle)
+// The bundle is looked up on each click: the panel may outlive the one it was built with.
+void connectCommands(AdvancedContext* c)
 {
     QWidget* root = c->content;
     auto command = [&](int number, auto run) {
         if (auto* button = GetControlByID<QPushButton>(root, {kAdvancedSignature, number}))
-            QObject::connect(button, &QPushButton::clicked, button, [c, &bundle, run] { run(bundle, c); });
+            QObject::connect(button, &QPushButton::clicked, button, [c, run] {
+                if (const Bundle* bundle = ExtensionBundle())
+                    run(*bundle, c);
+            });
     };
     command(kImportControl,
             [](const Bundle& b, AdvancedContext* c) { RunModalTPIFImportDialog(b, c->session, {}, c->content); });
@@ -149,7 +153,7 @@ OSStatus Initialize(PMPDEContext context, PMPDEFlags*, PMPDERef, ControlRef pane
         spin->setRange(kFirstPage, kLastPage);
     QObject::connect(c->popups[kPagesToPrintControl - 1], &QComboBox::currentIndexChanged, c->content,
                      [c] { enableRange(c); });
-    connectCommands(c, *bundle);
+    connectCommands(c);
     showSettings(c);
     return noErr;
 }
