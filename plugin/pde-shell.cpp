@@ -3,6 +3,7 @@
 #include "plugin/pde-shell_p.h"
 
 #include "device/device.h"
+#include "tpif/tpif.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -342,6 +343,8 @@ OSStatus Initialize(PMPDEContext context, PMPDEFlags* flags, PMPDERef ref, Contr
             return kPMNoContext;
         }
         c->session = printSession;
+        // The import and export reach the panels through this hook: panels cannot call the host.
+        TPIFSetPDESyncHandler([](PrintSession* session, int direction) { PDESync(session, direction == 1); });
         auto* pane = static_cast<QWidget*>(parentUserPane);
         if (!pane || !canMakeWidgets() || !c->bundle->resourcePath("PDE_Shell.Window.ui")) {
             std::fprintf(stderr, "Initialize()::CreateNibReferenceWithCFBundle() failed.\n");
@@ -483,8 +486,10 @@ OSStatus Terminate(PMPDEContext context, OSStatus status)
         for (PanelRecord& p : c->panels)
             delete p.pane.data();
         delete c->hostPane.data();
-        if (gPDEShellContext == c)
+        if (gPDEShellContext == c) {
             gPDEShellContext = nullptr;
+            TPIFSetPDESyncHandler(nullptr);
+        }
         delete c;
         PPDCloseCurrent();
         UnloadInstallableOptions();

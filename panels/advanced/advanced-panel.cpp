@@ -1,5 +1,12 @@
 // The Advanced panel: page order, OPI, pages to print and the TPIF ticket.
+#include "panels/advanced/advanced-dialogs.h"
+#include "panels/advanced/advanced-settings.h"
 #include "panels/panel-module.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QPointer>
+#include <QPushButton>
 
 namespace talmo::advanced {
 
@@ -7,26 +14,189 @@ namespace {
 
 const panels::PanelDescription kPanel{"AdvancedPanel", "AdvancedPanel", "com.talmo.print.pde.advancedkind"};
 
+constexpr uint32_t kAdvancedSignature = FourCC("Advn");
+
+enum ControlNumber : int {
+    kBookletOrderControl = 1,
+    kRotationControl,
+    kOutputOrderControl,
+    kOPISubstitutionControl,
+    kOPIPrescanControl,
+    kPagesToPrintControl,
+    kFromPageControl,
+    kToPageControl,
+    kEmitTPIFControl,
+    kImportControl,
+    kExportControl,
+    kAboutControl,
+};
+
+// The popups in control order, with their maps and the field each one shows.
+struct PopupControl {
+    int number;
+    const SettingMap* map;
+    int32_t AdvancedSettings::*field;
+};
+const PopupControl kPopups[] = {
+    {kBookletOrderControl, _BookletLayoutOrderMap, &AdvancedSettings::bookletOrder},
+    {kRotationControl, _RotateImage180Map, &AdvancedSettings::rotation},
+    {kOutputOrderControl, _OutputOrderMap, &AdvancedSettings::outputOrder},
+    {kOPISubstitutionControl, _OPISubstitutionMap, &AdvancedSettings::opiSubstitution},
+    {kOPIPrescanControl, _OPIPrescanMap, &AdvancedSettings::opiPrescan},
+    {kPagesToPrintControl, _PagesToPrintMap, &AdvancedSettings::pagesToPrint},
+};
+constexpr size_t kPopupCount = std::size(kPopups);
+
+struct AdvancedContext : panels::PanelContext {
+    AdvancedSettings settings;
+    QPointer<QComboBox> popups[kPopupCount];
+    QPointer<SpinControl> fromPage;
+    QPointer<SpinControl> toPage;
+    QPointer<QCheckBox> emitTPIF;
+
+    bool built() const
+    {
+        for (const auto& popup : popups)
+            if (!popup)
+                return false;
+        return fromPage && toPage && emitTPIF;
+    }
+};
+
+AdvancedContext* asContext(PMPDEContext context)
+{
+    return static_cast<AdvancedContext*>(static_cast<panels::PanelContext*>(context));
+}
+
+panels::PanelContext* makeContext() { return new (std::nothrow) AdvancedContext; }
+
+void enableRange(AdvancedContext* c)
+{
+    const bool range = GetPopupButtonTicketValue(c->popups[kPagesToPrintControl - 1]) == kPagesRange;
+    c->fromPage->setEnabled(range);
+    c->toPage->setEnabled(range);
+}
+
+// Controls to context. A "to" page before the "from" page is read as the single "from" page.
+void saveControls(AdvancedContext* c)
+{
+    if (!c->built())
+        return;
+    for (size_t i = 0; i < kPopupCount; ++i)
+        c->settings.*kPopups[i].field = GetPopupButtonTicketValue(c->popups[i]);
+    if (c->settings.pagesToPrint == kNotSet)
+        c->settings.pagesToPrint = kPagesAll;
+    c->settings.fromPage = c->fromPage->value();
+    c->settings.toPage = std::max(c->toPage->value(), c->settings.fromPage);
+    c->settings.emitTPIF = c->emitTPIF->isChecked();
+}
+
+void showSettings(AdvancedContext* c)
+{
+    if (!c->built())
+        return;
+    for (size_t i = 0; i < kPopupCount; ++i)
+        SetPopupButtonToTicketValue(c->popups[i], c->settings.*kPopups[i].field);
+    c->fromPage->setValue(c->settings.fromPage);
+    c->toPage->setValue(c->settings.toPage);
+    c->emitTPIF->setChecked(c->settings.emitTPIF);
+    enableRange(c);
+}
+
+// The bundle is looked up on each click: the panel may outlive the one it was built with.
+void connectCommands(AdvancedContext* c)
+{
+    QWidget* root = c->content;
+    auto command = [&](int number, auto run) {
+        if (auto* button = GetControlByID<QPushButton>(root, {kAdvancedSignature, number}))
+            QObject::connect(button, &QPushButton::clicked, button, [c, run] {
+                if (const Bundle* bundle = ExtensionBundle())
+                    run(*bundle, c);
+            });
+    };
+    command(kImportControl,
+            [](const Bundle& b, AdvancedContext* c) { RunModalTPIFImportDialog(b, c->session, {}, c->content); });
+    command(kExportControl,
+            [](const Bundle& b, AdvancedContext* c) { RunModalTPIFExportDialog(b, c->session, {}, c->content); });
+    command(kAboutControl, [](const Bundle& b, AdvancedContext* c) { RunModalAboutDialog(b, c->session, c->content); });
+}
+
+QString localized(const char* key)
+{
+    const Bundle* bundle = ExtensionBundle();
+    return bundle ? QString::fromStdString(bundle->localizedString(key)) : QString::fromUtf8(key);
+}
+
 OSStatus Prologue(PMPDEContext* context, OSType* creator, std::string* kind, std::string* title, uint32_t* maxH,
                   uint32_t* maxV)
 {
-    return panels::PanelPrologue(kPanel, context, creator, kind, title, maxH, maxV);
+    return panels::PanelPrologue(kPanel, context, creator, kind, title, maxH, maxV, &makeContext);
 }
 
 OSStatus Initialize(PMPDEContext context, PMPDEFlags*, PMPDERef, ControlRef pane, PMPrintSession session)
 {
-    return panels::PanelInitialize(context, pane, session);
-}
-
-OSStatus Sync(PMPDEContext context, PMPrintSession, bool reinitializePlugIn)
-{
-    if (!context)
+    const OSStatus status = panels::PanelInitialize(context, pane, session);
+    AdvancedContext* c = asContext(context);
+    const Bundle* bundle = ExtensionBundle();
+    if (status != noErr || !c->content || !bundle)
+        return status;
+    QWidget* root = c->content;
+    for (size_t i = 0; i < kPopupCount; ++i)
+        if ((c->popups[i] = GetControlByID<QComboBox>(root, {kAdvancedSignature, kPopups[i].number})))
+            PopulatePopupButtonFromMap(*bundle, c->popups[i], kPopups[i].map, kJobContextJob, 0);
+    c->fromPage = AdoptControl<SpinControl>(root, {kAdvancedSignature, kFromPageControl});
+    c->toPage = AdoptControl<SpinControl>(root, {kAdvancedSignature, kToPageControl});
+    c->emitTPIF = GetControlByID<QCheckBox>(root, {kAdvancedSignature, kEmitTPIFControl});
+    if (!c->built())
         return kPMNoContext;
-    panels::TracePanelCall(context, "Sync", reinitializePlugIn);
+    for (SpinControl* spin : {c->fromPage.data(), c->toPage.data()})
+        spin->setRange(kFirstPage, kLastPage);
+    QObject::connect(c->popups[kPagesToPrintControl - 1], &QComboBox::currentIndexChanged, c->content,
+                     [c] { enableRange(c); });
+    connectCommands(c);
+    showSettings(c);
     return noErr;
 }
 
-OSStatus GetSummaryText(PMPDEContext context, pl::ArrayPtr*, pl::ArrayPtr*) { return context ? noErr : kPMNoContext; }
+OSStatus Sync(PMPDEContext context, PMPrintSession session, bool reinitializePlugIn)
+{
+    AdvancedContext* c = asContext(context);
+    if (!c || !session)
+        return kPMNoSession;
+    panels::TracePanelCall(context, "Sync", reinitializePlugIn);
+    Ticket* ticket = nullptr;
+    if (const OSStatus status = GetTicketFromSession(session, kPMPrintSettingsTicket, &ticket); status != noErr)
+        return status;
+    if (!ticket)
+        return noErr; // nothing to read or write
+    if (reinitializePlugIn) {
+        c->settings = ReadAdvancedSettings(ticket);
+        showSettings(c);
+        return noErr;
+    }
+    saveControls(c);
+    return WriteAdvancedSettings(c->settings, ticket);
+}
+
+OSStatus GetSummaryText(PMPDEContext context, pl::ArrayPtr* titleArray, pl::ArrayPtr* summaryArray)
+{
+    AdvancedContext* c = asContext(context);
+    if (!c)
+        return kPMNoContext;
+    if (!titleArray || !summaryArray)
+        return paramErr;
+    saveControls(c);
+    if (!*titleArray)
+        *titleArray = pl::makeArray();
+    if (!*summaryArray)
+        *summaryArray = pl::makeArray();
+    const auto lines = AdvancedSummary(c->settings, [](const char* key) { return localized(key).toStdString(); });
+    for (const auto& [title, text] : lines) {
+        (*titleArray)->append(pl::makeString(title));
+        (*summaryArray)->append(pl::makeString(text));
+    }
+    return noErr;
+}
 
 OSStatus Open(PMPDEContext context)
 {
