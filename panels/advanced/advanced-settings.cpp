@@ -77,7 +77,10 @@ AdvancedSettings ReadAdvancedSettings(const Ticket* ticket)
     AdvancedSettings s;
     for (const PopupKey& p : kPopupKeys)
         s.*p.field = offeredOrDefault(p.map, numberOr(ticket, p.key, kNotSet));
-    s.emitTPIF = numberOr(ticket, kEmitTPIFKey, 0) != 0;
+    // A missing switch means what the print path does without it: the ticket goes with the job
+    // (the host writes the TPIF options on every save). 2 is "Disabled" of the enabled map.
+    const int32_t emit = numberOr(ticket, kEmitTPIFKey, 1);
+    s.emitTPIF = emit != 0 && emit != 2;
     s.pagesToPrint = numberOr(ticket, kPagesToPrintSelectedKey, kPagesAll) != 0 ? kPagesRange : kPagesAll;
     if (s.pagesToPrint == kPagesRange) {
         s.fromPage = std::clamp(numberOr(ticket, kPagesToPrintFromKey, kFirstPage), kFirstPage, kLastPage);
@@ -97,7 +100,8 @@ OSStatus WriteAdvancedSettings(const AdvancedSettings& s, Ticket* ticket)
     };
     for (const PopupKey& p : kPopupKeys)
         keep(setOrRemove(ticket, p.key, s.*p.field == kNotSet, s.*p.field));
-    keep(setOrRemove(ticket, kEmitTPIFKey, !s.emitTPIF, 1));
+    // Written both ways: an unchecked box must turn the ticket off, not fall back to on.
+    keep(TicketSetInt32(ticket, kEmitTPIFKey, s.emitTPIF ? 1 : 0, kTalmoPanelCreator));
     const bool all = s.pagesToPrint != kPagesRange;
     keep(setOrRemove(ticket, kPagesToPrintSelectedKey, all, 1));
     keep(setOrRemove(ticket, kPagesToPrintFromKey, all, s.fromPage));

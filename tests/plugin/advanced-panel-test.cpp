@@ -133,8 +133,9 @@ TEST_F(AdvancedPanel, EveryControlTravelsBothWaysAndTheDefaultsRemoveTheirKeys)
     for (int id : {1, 2, 3, 4, 5, 6, 9}) // popups to their first row, the box off
         show(id, id <= 5 ? kNotSet : 0);
     ASSERT_EQ(ops_.Sync(context_, &session_, false), noErr);
-    for (const ControlRow& row : kControls)
-        EXPECT_FALSE(ticket().contains(row.key)) << row.key;
+    for (const ControlRow& row : kControls) // the switch stays, off: missing would mean on
+        EXPECT_EQ(ticket().contains(row.key), row.id == 9) << row.key;
+    EXPECT_TRUE(pl::equal(ticket().get(kEmitTPIFKey), pl::makeInt(0)));
 }
 
 TEST_F(AdvancedPanel, OddTicketValuesReadAsSomethingTheControlsCanShow)
@@ -162,6 +163,7 @@ TEST_F(AdvancedPanel, SummaryNamesOnlyWhatIsSet)
     for (const ControlRow& row : kControls)
         if (row.id == 2 || (row.id >= 6 && row.id <= 8))
             ticket().set(row.key, pl::makeInt(row.value), "t");
+    ticket().set(kEmitTPIFKey, pl::makeInt(0), "t");
     ASSERT_EQ(ops_.Sync(context_, &session_, true), noErr);
     pl::ArrayPtr titles, texts;
     ASSERT_EQ(ops_.GetSummaryText(context_, &titles, &texts), noErr);
