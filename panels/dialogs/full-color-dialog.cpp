@@ -92,8 +92,11 @@ int32_t valueOf(const DefaultableValue& value, const QCheckBox* box)
 void enableTrapping(FullColorDialog& d)
 {
     const bool on = GetPopupButtonTicketValue(d.trapping) == kTrappingOn;
+    const QString why = on ? QString() : LocalizedText(*d.bundle, "Trap Size Off Tooltip");
     for (const DefaultableValue* size : {&d.trapWidth, &d.trapHeight}) {
         size->box->setEnabled(on);
+        size->box->setToolTip(why);
+        size->spin->setToolTip(why);
         enableValue(*size, on && !size->box->isChecked());
     }
 }
@@ -104,11 +107,18 @@ void showPopup(QComboBox* popup, int32_t value)
         popup->setCurrentIndex(0);
 }
 
+// The menu row says only "Custom..."; the name shows as the pop-up's tool tip.
+void showProfileName(const ProfilePopup& p)
+{
+    p.popup->setToolTip(p.name ? QString::fromStdString(*p.name) : QString());
+}
+
 void showProfile(ProfilePopup& p, int32_t kind, FullColorOptions::Name name)
 {
     p.name = kind == p.custom ? std::move(name) : std::nullopt;
     showPopup(p.popup, kind);
     p.shown = GetPopupButtonTicketValue(p.popup);
+    showProfileName(p);
 }
 
 // Asks for a profile name in the custom value window; the field takes any text, and OK closes
@@ -157,14 +167,13 @@ void chooseProfile(FullColorDialog& d, ProfilePopup& p)
     if (kind != p.custom) {
         p.name.reset();
         p.shown = kind;
-        return;
-    }
-    if (auto name = AskProfileName(*d.bundle, p.name, d.dialog)) {
+    } else if (auto name = AskProfileName(*d.bundle, p.name, d.dialog)) {
         p.name = std::move(name);
         p.shown = kind;
     } else {
         showPopup(p.popup, p.shown);
     }
+    showProfileName(p);
 }
 
 void chooseRendering(FullColorDialog& d, QComboBox* chosen)

@@ -53,6 +53,10 @@ void showOptions(ImageShiftDialog& d)
     const bool inches = o.inches != 0;
     const ImageShiftSide2 side2 = ImageShiftSide2Rule(o.option, o.duplex, o.x1, o.y1, o.x2, o.y2);
     const bool editable[] = {side2.x1Editable, side2.x1Editable, side2.x2Editable, side2.y2Editable};
+    // A disabled field says why.
+    const char* why = !side2.x1Editable                    ? "Shift No Mode Tooltip"
+                      : o.option == kImageShiftIndependent ? "Shift One Sided Tooltip"
+                                                           : "Shift Follows Side 1 Tooltip";
     for (int i = 0; i < 4; ++i) {
         SpinControl* field = d.fields[i];
         const ImageShiftRange range = (i == kX1 || i == kX2) ? ImageShiftXRange(inches) : ImageShiftYRange(inches);
@@ -61,6 +65,7 @@ void showOptions(ImageShiftDialog& d)
         field->setRange(range.min, range.max);
         field->setValue(*fieldValue(d.edited, i));
         field->setEnabled(editable[i]);
+        field->setToolTip(editable[i] ? QString() : LocalizedText(*d.bundle, why));
     }
     {
         const QSignalBlocker blocker(d.mode);
