@@ -30,7 +30,8 @@ constexpr int32_t kCancelID = 91;
 constexpr int32_t kOKID = 92;
 constexpr int32_t kTrappingOn = 1;
 constexpr int32_t kTRCHistoryLimit = 10;
-constexpr const char* kTRCHistoryKey = "com.talmo.print.TRC";
+// The same history as the Image Options panel's tone curve box.
+constexpr const char* kTRCHistoryKey = "TRCInputHistory";
 
 // A value with a printer-default box: a slider with its spin field, or a spin field alone.
 struct DefaultableValue {

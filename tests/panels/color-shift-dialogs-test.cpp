@@ -85,7 +85,7 @@ TEST_F(DialogTest, ColourBoxesDecideBetweenDefaultAndSliderValue)
     EXPECT_TRUE(options == expected);
 }
 
-TEST_F(DialogTest, CustomProfileNeedsAValidNameAndKeepsItOnlyWhileChosen)
+TEST_F(DialogTest, CustomProfileNeedsAValidNameAndACancelKeepsThePreviousRow)
 {
     struct Case {
         int popupID;
@@ -99,18 +99,19 @@ TEST_F(DialogTest, CustomProfileNeedsAValidNameAndKeepsItOnlyWhileChosen)
         {36, kDestinationProfileCustom, {"", ""}, false},
     };
     for (const Case& c : cases) {
-        SCOPED_TRACE(c.popupID);
         FullColorOptions options;
         whenShown([&](QDialog* d) {
             whenShown([&](QDialog* prompt) {
                 auto* field = control<QLineEdit>(prompt, kCustomValueSignature, kCustomValueFieldID);
                 for (const QString& name : c.typed) {
+                    EXPECT_TRUE(prompt->isVisible()) << "closed before a name of " << name.size();
                     field->setText(name);
                     control<QPushButton>(prompt, kCustomValueSignature, kCustomValueOKID)->click();
                 }
                 EXPECT_EQ(prompt->isVisible(), !c.named); // a refused name keeps the prompt open
             });
             choose(control<QComboBox>(d, kColor, c.popupID), c.custom);
+            EXPECT_EQ(GetPopupButtonTicketValue(control<QComboBox>(d, kColor, c.popupID)) == c.custom, c.named);
             click(d, kColor, kOK);
         });
         ASSERT_EQ(RunModalFullColorSetup(bundle(), DialogMode::Add, kJobContextExceptions, options), noErr);
@@ -121,7 +122,7 @@ TEST_F(DialogTest, CustomProfileNeedsAValidNameAndKeepsItOnlyWhileChosen)
             expected.setGrayImagesProfile(name);
         else if (c.named)
             expected.setRGBImagesProfile(c.custom, name);
-        EXPECT_TRUE(options == expected);
+        EXPECT_TRUE(options == expected) << c.popupID;
     }
 }
 
@@ -196,7 +197,6 @@ TEST_F(DialogTest, RevertGivesDefaultsAndCancelKeepsTheRecord)
             click(d, kColor, kRevert);
             EXPECT_TRUE(control<QCheckBox>(d, kColor, 7)->isChecked());
             EXPECT_FALSE(control<QSlider>(d, kColor, 8)->isEnabled());
-            EXPECT_TRUE(control<QCheckBox>(d, kColor, 43)->isChecked());
             click(d, kColor, close);
         });
         ASSERT_EQ(RunModalFullColorSetup(bundle(), DialogMode::Edit, kJobContextJob, editedColour, &accepted), noErr);
