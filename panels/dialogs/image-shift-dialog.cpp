@@ -5,9 +5,12 @@
 #include <QComboBox>
 #include <QDialog>
 #include <QLabel>
+#include <QPainter>
+#include <QPixmap>
 #include <QPushButton>
 #include <QRadioButton>
 
+#include <algorithm>
 #include <array>
 
 namespace talmo {
@@ -20,6 +23,7 @@ constexpr int32_t kInchesID = 2;
 constexpr int32_t kMillimetersID = 3;
 constexpr int32_t kFirstShiftID = 4; // x1, y1, x2, y2
 constexpr int32_t kSummaryID = 8;
+constexpr int32_t kPictureID = 9;
 constexpr int32_t kRevertID = 90;
 constexpr int32_t kCancelID = 91;
 constexpr int32_t kOKID = 92;
@@ -38,6 +42,7 @@ struct ImageShiftDialog {
     QRadioButton* millimeters = nullptr;
     std::array<SpinControl*, 4> fields{};
     QLabel* summary = nullptr; // the full dialog only
+    QLabel* picture = nullptr; // the full dialog only
     _IS_Options edited;
 };
 
@@ -45,6 +50,40 @@ int32_t* fieldValue(_IS_Options& o, int field)
 {
     int32_t* values[] = {&o.x1, &o.y1, &o.x2, &o.y2};
     return values[field];
+}
+
+// A letter-size sheet with the image of each side moved by its shift, at the sheet's scale and
+// held on the sheet: side 1 filled, side 2 as an outline. Positive values move right and down,
+// as seen from side 1.
+QPixmap drawShift(const _IS_Options& o, const QPalette& palette, qreal scale)
+{
+    const QSizeF area(96, 128);
+    QPixmap pixmap((area * scale).toSize());
+    pixmap.setDevicePixelRatio(scale);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QRectF sheet(6, 5, 85, 110); // 8.5 x 11 in
+    painter.setPen(palette.color(QPalette::Text));
+    painter.setBrush(palette.color(QPalette::Base));
+    painter.drawRect(sheet);
+    const double perUnit = sheet.width() / 8.5 / (o.inches ? 100.0 : 254.0); // pixels per stored unit
+    const auto offset = [&](int32_t x, int32_t y) {
+        return QPointF(std::clamp(x * perUnit, -sheet.width() / 4, sheet.width() / 4),
+                       std::clamp(y * perUnit, -sheet.height() / 4, sheet.height() / 4));
+    };
+    const QRectF image = sheet.adjusted(sheet.width() / 4, sheet.height() / 4, -sheet.width() / 4, -sheet.height() / 4);
+    QColor fill = palette.color(QPalette::Highlight);
+    fill.setAlpha(128);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(fill);
+    painter.drawRect(image.translated(offset(o.x1, o.y1)));
+    if (o.duplex != 1) {
+        painter.setPen(QPen(palette.color(QPalette::Text), 1, Qt::DashLine));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRect(image.translated(offset(o.x2, o.y2)));
+    }
+    return pixmap;
 }
 
 void showOptions(ImageShiftDialog& d)
@@ -83,6 +122,10 @@ void showOptions(ImageShiftDialog& d)
     if (d.summary) {
         const LabelLookup lookup = [&d](std::string_view key) { return LocalizedText(*d.bundle, key).toStdString(); };
         d.summary->setText(QString::fromStdString(GenerateImageShiftSummary(d.edited, d.context, lookup)));
+    }
+    if (d.picture) {
+        d.picture->setPixmap(drawShift(o, d.dialog->palette(), d.dialog->devicePixelRatioF()));
+        d.picture->setAccessibleName(d.summary ? d.summary->text() : QString());
     }
 }
 
@@ -133,6 +176,7 @@ OSStatus runShiftDialog(const Bundle& bundle, const char* window, JobContext con
         return kPMNoContext;
     if (GetControlByID(w, {kSignature, kSummaryID}))
         d.summary = AdoptControl<StaticTextControl>(w, {kSignature, kSummaryID});
+    d.picture = GetControlByID<QLabel>(w, {kSignature, kPictureID});
     LocalizeDescription(bundle, w);
 
     d.edited = options;
