@@ -297,8 +297,10 @@ OSStatus GetSummaryText(PMPDEContext context, pl::ArrayPtr* titleArray, pl::Arra
     if (c->invertOptions.mirrorImage)
         invert += (invert.empty() ? "" : ", ") + localized("Mirror Image Title");
     add("Invert Image Label", invert.empty() ? localized("Off") : invert);
+    // One line per summary: the two sides are joined as the colour lines are.
     std::string shift = GenerateImageShiftSummary(c->imageShift, kJobContextJob, &localized);
-    std::replace(shift.begin(), shift.end(), '\n', ';');
+    if (const size_t newline = shift.find('\n'); newline != std::string::npos)
+        shift.replace(newline, 1, "; ");
     add("Image Shift Label", shift);
     return noErr;
 }
