@@ -46,7 +46,10 @@ BookletWatermarkSettings ReadBookletWatermarkSettings(const Ticket* ticket)
     BookletWatermarkSettings s;
     if (TicketGetString(ticket, kWatermarkKey, &s.watermark) != noErr)
         s.watermark.clear();
-    s.option = numberIn(ticket, kWatermarkOptionKey, kWatermarkBackground, kWatermarkForeground, kWatermarkBackground);
+    // An unknown layering is no nearer to one neighbour than the other: it reads as the default.
+    if (TicketGetInt32(ticket, kWatermarkOptionKey, &s.option) != noErr || s.option < kWatermarkBackground ||
+        s.option > kWatermarkForeground)
+        s.option = kWatermarkBackground;
     s.firstPageOnly = numberIn(ticket, kWatermarkFirstPageOnlyKey, 0, 1, 0) == 1;
     s.gutter = numberIn(ticket, kGutterKey, 0, kMaxGutter, 0);
     s.creep = numberIn(ticket, kCreepKey, 0, kMaxCreep, 0);

@@ -141,6 +141,15 @@ TEST_F(BookletWatermarkPanel, TheChosenWatermarkReachesTheTicketAndItsFontTheFil
     ops_.Sync(context_, &session_, true);
     for (QAction* a : control<QPushButton>(1)->menu()->actions())
         EXPECT_EQ(a->isChecked(), a->text() == "CONFIDENTIAL") << a->text().toStdString();
+    // An unknown layering reads as the background one.
+    TicketSetInt32(&ticket(), kWatermarkOptionKey, 9, kTalmoPanelCreator);
+    ops_.Sync(context_, &session_, true);
+    QStringList checked;
+    for (QAction* a : control<QPushButton>(1)->menu()->actions())
+        for (QAction* option : a->menu() ? a->menu()->actions() : QList<QAction*>())
+            if (option->isChecked())
+                checked << option->text();
+    EXPECT_EQ(checked, QStringList({"Print in Background", "Print on First Page Only"}));
     choose("None");
     EXPECT_TRUE(previewBlank());
     ASSERT_EQ(ops_.Sync(context_, &session_, false), noErr);
@@ -178,18 +187,11 @@ TEST_F(BookletWatermarkPanel, BookletSettingsTravelBothWays)
         EXPECT_EQ(control<QCheckBox>(5)->isChecked(), row.outlines);
         EXPECT_EQ(control<QCheckBox>(6)->isChecked(), row.newSize);
     }
-    // Values another writer left out of range read as the nearest the controls can show.
-    TicketSetInt32(&ticket(), kGutterKey, 500, kTalmoPanelCreator);
-    TicketSetInt32(&ticket(), kCreepKey, -3, kTalmoPanelCreator);
-    ASSERT_EQ(ops_.Sync(context_, &session_, true), noErr);
-    EXPECT_EQ(control<QSpinBox>(3)->value(), 72);
-    EXPECT_EQ(control<QSpinBox>(4)->value(), 0);
-
     pl::ArrayPtr titles, texts;
     ASSERT_EQ(ops_.GetSummaryText(context_, &titles, &texts), noErr);
     ASSERT_EQ(titles->size(), 3u); // gutter, outlines and new size of the last row; no creep
     EXPECT_EQ(pl::as<pl::String>(titles->at(0))->text, "Booklet Gutter");
-    EXPECT_EQ(pl::as<pl::String>(texts->at(0))->text, "72 pt");
+    EXPECT_EQ(pl::as<pl::String>(texts->at(0))->text, "1 pt");
 }
 
 } // namespace
