@@ -1,5 +1,19 @@
-// The BookletWatermark panel: booklet layout and watermarks.
+// The Booklet and Watermark panel: the watermark menu with its preview, and the booklet
+// settings that the booklet switch of Paper/Output leaves to this panel.
+#include "panels/bookletwatermark/bookletwatermark-settings.h"
 #include "panels/panel-module.h"
+#include "toolkit/toolkit.h"
+
+#include <QCheckBox>
+#include <QImage>
+#include <QLabel>
+#include <QMenu>
+#include <QPixmap>
+#include <QPointer>
+#include <QPushButton>
+#include <QSpinBox>
+
+#include <cstdio>
 
 namespace talmo::bookletwatermark {
 
@@ -8,26 +22,211 @@ namespace {
 const panels::PanelDescription kPanel{"BookletWatermarkPanel", "BookletWatermarkPanel",
                                       "com.talmo.print.pde.bookletwatermarkkind"};
 
+constexpr uint32_t kSignature = FourCC("BWmk");
+constexpr int32_t kOptionsReference = -6;
+// The page the preview shows; the job's own size is not known to this panel yet.
+constexpr double kPreviewPaperWidth = 612, kPreviewPaperHeight = 792;
+
+enum ControlNumber : int {
+    kWatermarkControl = 1,
+    kPreviewControl,
+    kGutterControl,
+    kCreepControl,
+    kOutlinesControl,
+    kForceNewSizeControl,
+};
+
+struct BookletWatermarkContext : panels::PanelContext {
+    BookletWatermarkSettings settings;
+    WatermarkMenu menu;
+    QPointer<QPushButton> watermark;
+    QPointer<QLabel> preview;
+    QPointer<QSpinBox> gutter;
+    QPointer<QSpinBox> creep;
+    QPointer<QCheckBox> outlines;
+    QPointer<QCheckBox> forceNewSize;
+
+    bool built() const { return watermark && preview && gutter && creep && outlines && forceNewSize; }
+};
+
+BookletWatermarkContext* asContext(PMPDEContext context)
+{
+    return static_cast<BookletWatermarkContext*>(static_cast<panels::PanelContext*>(context));
+}
+
+panels::PanelContext* makeContext() { return new (std::nothrow) BookletWatermarkContext; }
+
+std::string localized(std::string_view key)
+{
+    const Bundle* bundle = ExtensionBundle();
+    return bundle ? bundle->localizedString(key) : std::string(key);
+}
+
+void showPreview(BookletWatermarkContext* c)
+{
+    const int frame = c->preview->frameWidth();
+    const QSize size = c->preview->minimumSize() - QSize(2 * frame, 2 * frame);
+    QImage page(size, QImage::Format_ARGB32_Premultiplied);
+    RenderWatermarkPreview(c->settings, kPreviewPaperWidth, kPreviewPaperHeight, page.bits(), page.width(),
+                           page.height());
+    c->preview->setPixmap(QPixmap::fromImage(page));
+}
+
+void showSettings(BookletWatermarkContext* c);
+
+// The menu is rebuilt on every change so that its check marks follow the settings.
+void buildMenu(BookletWatermarkContext* c)
+{
+    PopulateWatermarkMenuFromMapAndHistory(localized, c->menu, _WatermarkMap);
+    const WatermarkMenuMarks marks = MarkWatermarkMenu(c->menu, c->settings);
+    auto* menu = new QMenu(c->watermark);
+    if (QMenu* old = c->watermark->menu())
+        old->deleteLater();
+    size_t option = 0;
+    for (size_t i = 0; i < c->menu.items.size(); ++i) {
+        const WatermarkMenuItem& item = c->menu.items[i];
+        if (item.separator) {
+            menu->addSeparator();
+            continue;
+        }
+        if (item.reference == kOptionsReference) {
+            QMenu* sub = menu->addMenu(QString::fromStdString(item.label));
+            for (const WatermarkMenuItem& row : item.submenu) {
+                const bool checked = option < marks.options.size() && marks.options[option++];
+                if (row.separator) {
+                    sub->addSeparator();
+                    continue;
+                }
+                QAction* action = sub->addAction(QString::fromStdString(row.label));
+                action->setCheckable(true);
+                action->setChecked(checked);
+                const int32_t value = row.reference;
+                QObject::connect(action, &QAction::triggered, c->watermark, [c, value] {
+                    if (value == kWatermarkAllPages || value == kWatermarkFirstPage)
+                        c->settings.firstPageOnly = value == kWatermarkFirstPage;
+                    else
+                        c->settings.option = value;
+                    showSettings(c);
+                });
+            }
+            continue;
+        }
+        QAction* action = menu->addAction(QString::fromStdString(item.label));
+        const bool chooses = item.command == kWatermarkNameCommand || item.command == FourCC("TWmX");
+        // The editor's commands are not offered until the editor exists.
+        action->setEnabled(chooses);
+        action->setCheckable(chooses);
+        action->setChecked(marks.items[i]);
+        if (!chooses)
+            continue;
+        const std::string name = item.command == kWatermarkNameCommand ? item.label : std::string();
+        QObject::connect(action, &QAction::triggered, c->watermark, [c, name] {
+            c->settings.watermark = name;
+            showSettings(c);
+        });
+    }
+    c->watermark->setMenu(menu);
+}
+
+void showSettings(BookletWatermarkContext* c)
+{
+    if (!c->built())
+        return;
+    const std::string& name = c->settings.watermark;
+    c->watermark->setText(QString::fromStdString(name.empty() ? localized("NoWatermark") : name));
+    buildMenu(c);
+    c->gutter->setValue(c->settings.gutter);
+    c->creep->setValue(c->settings.creep);
+    c->outlines->setChecked(c->settings.drawOutlines);
+    c->forceNewSize->setChecked(c->settings.forceNewSize);
+    showPreview(c);
+}
+
+void saveControls(BookletWatermarkContext* c)
+{
+    if (!c->built())
+        return;
+    c->settings.gutter = c->gutter->value();
+    c->settings.creep = c->creep->value();
+    c->settings.drawOutlines = c->outlines->isChecked();
+    c->settings.forceNewSize = c->forceNewSize->isChecked();
+}
+
 OSStatus Prologue(PMPDEContext* context, OSType* creator, std::string* kind, std::string* title, uint32_t* maxH,
                   uint32_t* maxV)
 {
-    return panels::PanelPrologue(kPanel, context, creator, kind, title, maxH, maxV);
+    return panels::PanelPrologue(kPanel, context, creator, kind, title, maxH, maxV, &makeContext);
 }
 
 OSStatus Initialize(PMPDEContext context, PMPDEFlags*, PMPDERef, ControlRef pane, PMPrintSession session)
 {
-    return panels::PanelInitialize(context, pane, session);
-}
-
-OSStatus Sync(PMPDEContext context, PMPrintSession, bool reinitializePlugIn)
-{
-    if (!context)
+    const OSStatus status = panels::PanelInitialize(context, pane, session);
+    BookletWatermarkContext* c = asContext(context);
+    if (status != noErr || !c->content)
+        return status;
+    QWidget* root = c->content;
+    c->watermark = GetControlByID<QPushButton>(root, {kSignature, kWatermarkControl});
+    c->preview = GetControlByID<QLabel>(root, {kSignature, kPreviewControl});
+    c->gutter = GetControlByID<QSpinBox>(root, {kSignature, kGutterControl});
+    c->creep = GetControlByID<QSpinBox>(root, {kSignature, kCreepControl});
+    c->outlines = GetControlByID<QCheckBox>(root, {kSignature, kOutlinesControl});
+    c->forceNewSize = GetControlByID<QCheckBox>(root, {kSignature, kForceNewSizeControl});
+    if (!c->built())
         return kPMNoContext;
-    panels::TracePanelCall(context, "Sync", reinitializePlugIn);
+    const QString points = QString::fromStdString(" " + localized("BWPoints"));
+    c->gutter->setRange(0, kMaxGutter);
+    c->creep->setRange(0, kMaxCreep);
+    for (QSpinBox* spin : {c->gutter.data(), c->creep.data()})
+        spin->setSuffix(points);
+    LoadWatermarkListWithDefaults(localized);
+    showSettings(c);
     return noErr;
 }
 
-OSStatus GetSummaryText(PMPDEContext context, pl::ArrayPtr*, pl::ArrayPtr*) { return context ? noErr : kPMNoContext; }
+OSStatus Sync(PMPDEContext context, PMPrintSession session, bool reinitializePlugIn)
+{
+    BookletWatermarkContext* c = asContext(context);
+    if (!c || !session)
+        return kPMNoSession;
+    panels::TracePanelCall(context, "Sync", reinitializePlugIn);
+    Ticket* ticket = nullptr;
+    if (const OSStatus status = GetTicketFromSession(session, kPMPrintSettingsTicket, &ticket); status != noErr)
+        return status;
+    if (!ticket)
+        return noErr;
+    if (reinitializePlugIn) {
+        c->settings = ReadBookletWatermarkSettings(ticket);
+        showSettings(c);
+        return noErr;
+    }
+    saveControls(c);
+    const OSStatus status = WriteBookletWatermarkSettings(c->settings, ticket);
+    // A missing font leaves the job printable with the printer's own substitute.
+    std::string why;
+    if (!c->settings.watermark.empty() && !ConvertChosenWatermarkFont(c->settings, &why) && !why.empty())
+        std::fprintf(stderr, "BookletWatermarkPanel: %s\n", why.c_str());
+    return status;
+}
+
+OSStatus GetSummaryText(PMPDEContext context, pl::ArrayPtr* titleArray, pl::ArrayPtr* summaryArray)
+{
+    BookletWatermarkContext* c = asContext(context);
+    if (!c)
+        return kPMNoContext;
+    if (!titleArray || !summaryArray)
+        return paramErr;
+    saveControls(c);
+    if (!*titleArray)
+        *titleArray = pl::makeArray();
+    if (!*summaryArray)
+        *summaryArray = pl::makeArray();
+    for (const auto& [title, text] :
+         BookletWatermarkSummary(c->settings, [](const char* key) { return localized(key); })) {
+        (*titleArray)->append(pl::makeString(title));
+        (*summaryArray)->append(pl::makeString(text));
+    }
+    return noErr;
+}
 
 OSStatus Open(PMPDEContext context)
 {

@@ -1,0 +1,197 @@
+// The Booklet and Watermark panel of the loaded bundle through its record: the default
+// watermarks, the chosen watermark in the ticket and its font in the watermark file, the
+// booklet settings both ways and the preview.
+#include "marking/marking.h"
+#include "tests/plugin/loaded-bundle.h"
+
+#include <QCheckBox>
+#include <QLabel>
+#include <QMenu>
+#include <QPushButton>
+#include <QSpinBox>
+
+#include <filesystem>
+
+#include <unistd.h>
+
+using namespace talmo;
+
+namespace {
+
+constexpr uint32_t kBWmk = FourCC("BWmk");
+
+class BookletWatermarkPanel : public LoadedBundle {
+protected:
+    void SetUp() override
+    {
+        home_ = ::testing::TempDir() + "bookletwatermark-home-" + std::to_string(::getpid());
+        std::filesystem::remove_all(home_);
+        for (const char* v : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME"})
+            ::setenv(v, (home_ + "/" + v).c_str(), 1);
+        ::setenv("XDG_DATA_DIRS", (home_ + "/none").c_str(), 1);
+        auto* instance = newInstance(); // the factory finds the bundle's resources
+        ASSERT_TRUE(instance);
+        instance->vtablePtr->Release(instance);
+        auto entry = reinterpret_cast<PanelInterfaceEntryPoint>(dlsym(handle, "GetBookletWatermarkPanelInterface"));
+        ASSERT_TRUE(entry);
+        PlugInIntf* intf = nullptr;
+        ASSERT_EQ(entry(&intf), noErr);
+        ops_ = *intf->vtable;
+        FreePanelInterface(intf);
+    }
+    void TearDown() override
+    {
+        close();
+        std::filesystem::remove_all(home_);
+    }
+    void open()
+    {
+        ASSERT_EQ(ops_.Prologue(&context_, nullptr, nullptr, nullptr, nullptr, nullptr), noErr);
+        pane_ = std::make_unique<QWidget>();
+        ASSERT_EQ(ops_.Initialize(context_, nullptr, nullptr, pane_.get(), &session_), noErr);
+    }
+    void close()
+    {
+        if (context_)
+            ops_.Terminate(context_, noErr);
+        context_ = nullptr;
+    }
+    template <class T> T* control(int id) { return GetControlByID<T>(pane_.get(), {kBWmk, id}); }
+    // The names offered before the first separator, "None" first.
+    QStringList offered()
+    {
+        QStringList names;
+        for (QAction* a : control<QPushButton>(1)->menu()->actions()) {
+            if (a->isSeparator())
+                break;
+            names << a->text();
+        }
+        return names;
+    }
+    void choose(const QString& text, bool inOptions = false)
+    {
+        QMenu* menu = control<QPushButton>(1)->menu();
+        for (QAction* a : menu->actions())
+            if (inOptions && a->menu())
+                menu = a->menu();
+        for (QAction* a : menu->actions())
+            if (a->text() == text)
+                return a->trigger();
+        ADD_FAILURE() << "no menu row " << text.toStdString();
+    }
+    bool previewBlank()
+    {
+        const QImage page = control<QLabel>(2)->pixmap().toImage();
+        for (int y = 0; y < page.height(); ++y)
+            for (int x = 0; x < page.width(); ++x)
+                if (page.pixel(x, y) != qRgb(255, 255, 255))
+                    return false;
+        return !page.isNull();
+    }
+    Ticket& ticket() { return session_.printSettings(); }
+
+    std::string home_;
+    PlugInIntfVTable ops_{};
+    PMPDEContext context_ = nullptr;
+    std::unique_ptr<QWidget> pane_;
+    PrintSession session_;
+};
+
+TEST_F(BookletWatermarkPanel, DefaultWatermarksAreCreatedOnlyForAnEmptyList)
+{
+    _WatermarkData mine;
+    mine.isText = 1;
+    setWatermarkText(mine.textString, "MINE");
+    ASSERT_TRUE(saveWatermarkData(kWatermarksFile, mine));
+    ASSERT_TRUE(saveWatermarkList(kWatermarksFile, {"MINE"}));
+    open();
+    EXPECT_EQ(offered(), QStringList({"None", "MINE"}));
+    close();
+
+    ASSERT_TRUE(saveWatermarkList(kWatermarksFile, {}));
+    open();
+    EXPECT_EQ(offered(), QStringList({"None", "DRAFT", "CONFIDENTIAL", "COPY"}));
+    ASSERT_EQ(loadWatermarkList(kWatermarksFile), 3u);
+    EXPECT_EQ(listOfWatermarks()[0], "DRAFT");
+}
+
+TEST_F(BookletWatermarkPanel, TheChosenWatermarkReachesTheTicketAndItsFontTheFile)
+{
+    open();
+    EXPECT_TRUE(previewBlank());
+    choose("CONFIDENTIAL");
+    choose("Blend with Page", true);
+    choose("Print on First Page Only", true);
+    EXPECT_FALSE(previewBlank());
+    EXPECT_EQ(control<QPushButton>(1)->text(), "CONFIDENTIAL");
+    ASSERT_EQ(ops_.Sync(context_, &session_, false), noErr);
+    std::string name;
+    int32_t option = 0, firstOnly = 0;
+    EXPECT_EQ(TicketGetString(&ticket(), kWatermarkKey, &name), noErr);
+    EXPECT_EQ(TicketGetInt32(&ticket(), kWatermarkOptionKey, &option), noErr);
+    EXPECT_EQ(TicketGetInt32(&ticket(), kWatermarkFirstPageOnlyKey, &firstOnly), noErr);
+    EXPECT_EQ(name, "CONFIDENTIAL");
+    EXPECT_EQ(option, 2);
+    EXPECT_EQ(firstOnly, 1);
+    std::string program;
+    ASSERT_TRUE(loadFontData(kWatermarksFile, "ArialMT", program));
+    EXPECT_NE(program.find("/FontType 42"), std::string::npos);
+
+    // A reload checks the rows it shows; "None" then removes all three keys.
+    ops_.Sync(context_, &session_, true);
+    for (QAction* a : control<QPushButton>(1)->menu()->actions())
+        EXPECT_EQ(a->isChecked(), a->text() == "CONFIDENTIAL") << a->text().toStdString();
+    // An unknown layering reads as the background one.
+    TicketSetInt32(&ticket(), kWatermarkOptionKey, 9, kTalmoPanelCreator);
+    ops_.Sync(context_, &session_, true);
+    QStringList checked;
+    for (QAction* a : control<QPushButton>(1)->menu()->actions())
+        for (QAction* option : a->menu() ? a->menu()->actions() : QList<QAction*>())
+            if (option->isChecked())
+                checked << option->text();
+    EXPECT_EQ(checked, QStringList({"Print in Background", "Print on First Page Only"}));
+    choose("None");
+    EXPECT_TRUE(previewBlank());
+    ASSERT_EQ(ops_.Sync(context_, &session_, false), noErr);
+    for (const char* key : {kWatermarkKey, kWatermarkOptionKey, kWatermarkFirstPageOnlyKey})
+        EXPECT_FALSE(ticket().get(key)) << key;
+}
+
+TEST_F(BookletWatermarkPanel, BookletSettingsTravelBothWays)
+{
+    open();
+    struct {
+        int gutter, creep;
+        bool outlines, newSize;
+    } const rows[] = {{0, 0, false, false}, {18, 4, true, false}, {72, 36, false, true}, {1, 0, true, true}};
+    for (const auto& row : rows) {
+        control<QSpinBox>(3)->setValue(row.gutter);
+        control<QSpinBox>(4)->setValue(row.creep);
+        control<QCheckBox>(5)->setChecked(row.outlines);
+        control<QCheckBox>(6)->setChecked(row.newSize);
+        ASSERT_EQ(ops_.Sync(context_, &session_, false), noErr);
+        int32_t gutter = 0, creep = 0;
+        bool newSize = false;
+        EXPECT_EQ(TicketGetInt32(&ticket(), kGutterKey, &gutter) == noErr, row.gutter > 0);
+        EXPECT_EQ(TicketGetInt32(&ticket(), kCreepKey, &creep) == noErr, row.creep > 0);
+        EXPECT_EQ(ticket().get(kBookletDrawOutlinesKey) != nullptr, row.outlines);
+        EXPECT_EQ(TicketGetBool(&ticket(), kBookletForceNewSizeKey, &newSize) == noErr && newSize, row.newSize);
+        EXPECT_EQ(gutter, row.gutter);
+        EXPECT_EQ(creep, row.creep);
+
+        control<QSpinBox>(3)->setValue(9); // the reload must replace what the controls show
+        control<QCheckBox>(5)->setChecked(!row.outlines);
+        ASSERT_EQ(ops_.Sync(context_, &session_, true), noErr);
+        EXPECT_EQ(control<QSpinBox>(3)->value(), row.gutter);
+        EXPECT_EQ(control<QSpinBox>(4)->value(), row.creep);
+        EXPECT_EQ(control<QCheckBox>(5)->isChecked(), row.outlines);
+        EXPECT_EQ(control<QCheckBox>(6)->isChecked(), row.newSize);
+    }
+    pl::ArrayPtr titles, texts;
+    ASSERT_EQ(ops_.GetSummaryText(context_, &titles, &texts), noErr);
+    ASSERT_EQ(titles->size(), 3u); // gutter, outlines and new size of the last row; no creep
+    EXPECT_EQ(pl::as<pl::String>(titles->at(0))->text, "Booklet Gutter");
+    EXPECT_EQ(pl::as<pl::String>(texts->at(0))->text, "1 pt");
+}
+
+} // namespace
