@@ -143,8 +143,8 @@ OSStatus InitializeWatermarkEditor(WatermarkEditorContext& c)
         return kPMNoContext;
     }
     SetLocalizedWindowTitle(*c.bundle, "WmEdTitle", w);
-    const char* labels[] = {"WmEdText",  "WmEdPicture", "WmEdFont",  "WmEdColor",
-                            "WmEdAngle", "WmEdDensity", "WmEdScale", "WmEdOffsets"};
+    const char* labels[] = {"WmEdText",    "WmEdPicture", "WmEdFont",    "WmEdColor", "WmEdAngle",
+                            "WmEdDensity", "WmEdScale",   "WmEdOffsets", "WmEdKind"};
     for (int32_t i = 0; i < int32_t(std::size(labels)); ++i)
         SetLocalizedStaticText(*c.bundle, labels[i], GetControlByID(w, id(kFirstLabelID + i)));
     SetLocalizedControlTitle(*c.bundle, "WmEdTextKind", c.textKind);
