@@ -283,6 +283,11 @@ bool FinalizeWatermarkEditor(WatermarkEditorContext& c, bool accepted, std::stri
     if (!accepted)
         return false;
     _WatermarkData& r = c.record;
+    // The panel tells the kinds apart by the text, so a text watermark keeps no picture.
+    if (r.isText) {
+        setWatermarkText(r.filename, "");
+        setWatermarkText(r.filePath, "");
+    }
     const std::string name = r.name();
     if (name != c.original) {
         // Glyphs of another text would make the wrong font subset.
@@ -318,8 +323,10 @@ OSStatus RunModalWatermarkEditorDialog(const Bundle& bundle, const std::string& 
     if (original.empty() || !loadWatermarkData(kWatermarksFile, original, context.record)) {
         context.original.clear();
         context.record = NewWatermarkTemplate();
+    } else {
+        // As the panel reads it: a record without text is a picture.
+        context.record.isText = watermarkText(context.record.textString).empty() ? 0 : 1;
     }
-    context.record.isText = watermarkText(context.record.filename).empty() ? 1 : 0;
     OSStatus status = noErr;
     std::unique_ptr<QWidget> window =
         CreateWindowFromDescription(bundle, "BookletWatermarkPanel", "Editor", parent, &status);
