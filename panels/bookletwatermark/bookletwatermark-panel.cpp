@@ -1,6 +1,7 @@
 // The Booklet and Watermark panel: the watermark menu with its preview, and the booklet
 // settings that the booklet switch of Paper/Output leaves to this panel.
 #include "panels/bookletwatermark/bookletwatermark-settings.h"
+#include "panels/bookletwatermark/watermark-editor.h"
 #include "panels/panel-module.h"
 #include "toolkit/toolkit.h"
 
@@ -24,8 +25,9 @@ const panels::PanelDescription kPanel{"BookletWatermarkPanel", "BookletWatermark
 
 constexpr uint32_t kSignature = FourCC("BWmk");
 constexpr int32_t kOptionsReference = -6;
-// The page the preview shows; the job's own size is not known to this panel yet.
-constexpr double kPreviewPaperWidth = 612, kPreviewPaperHeight = 792;
+constexpr int32_t kNewReference = -7;
+constexpr int32_t kEditReference = -8;
+constexpr int32_t kDeleteReference = -9;
 
 enum ControlNumber : int {
     kWatermarkControl = 1,
@@ -38,6 +40,7 @@ enum ControlNumber : int {
 
 struct BookletWatermarkContext : panels::PanelContext {
     BookletWatermarkSettings settings;
+    PaperSize paper; // the job's, for the previews
     WatermarkMenu menu;
     QPointer<QPushButton> watermark;
     QPointer<QLabel> preview;
@@ -67,12 +70,30 @@ void showPreview(BookletWatermarkContext* c)
     const int frame = c->preview->frameWidth();
     const QSize size = c->preview->minimumSize() - QSize(2 * frame, 2 * frame);
     QImage page(size, QImage::Format_ARGB32_Premultiplied);
-    RenderWatermarkPreview(c->settings, kPreviewPaperWidth, kPreviewPaperHeight, page.bits(), page.width(),
-                           page.height());
+    RenderWatermarkPreview(c->settings, c->paper.width, c->paper.height, page.bits(), page.width(), page.height());
     c->preview->setPixmap(QPixmap::fromImage(page));
 }
 
 void showSettings(BookletWatermarkContext* c);
+
+// "New...", "Edit..." and "Delete"; the last two act on the chosen watermark.
+void runEditorCommand(BookletWatermarkContext* c, int32_t reference)
+{
+    const Bundle* bundle = ExtensionBundle();
+    if (!bundle)
+        return;
+    if (reference == kDeleteReference) {
+        if (ConfirmAndDeleteWatermark(*bundle, c->settings.watermark, c->watermark->window()))
+            c->settings.watermark.clear();
+    } else {
+        const std::string original = reference == kEditReference ? c->settings.watermark : std::string();
+        std::string saved;
+        if (RunModalWatermarkEditorDialog(*bundle, original, c->paper.width, c->paper.height, &saved,
+                                          c->watermark->window()) == noErr)
+            c->settings.watermark = saved;
+    }
+    showSettings(c);
+}
 
 // The menu is rebuilt on every change so that its check marks follow the settings.
 void buildMenu(BookletWatermarkContext* c)
@@ -113,12 +134,17 @@ void buildMenu(BookletWatermarkContext* c)
         }
         QAction* action = menu->addAction(QString::fromStdString(item.label));
         const bool chooses = item.command == kWatermarkNameCommand || item.command == FourCC("TWmX");
-        // The editor's commands are not offered until the editor exists.
-        action->setEnabled(chooses);
         action->setCheckable(chooses);
         action->setChecked(marks.items[i]);
-        if (!chooses)
+        if (!chooses) {
+            const int32_t reference = item.reference;
+            if (reference == kEditReference || reference == kDeleteReference)
+                action->setEnabled(!c->settings.watermark.empty());
+            if (reference == kNewReference || reference == kEditReference || reference == kDeleteReference)
+                QObject::connect(action, &QAction::triggered, c->watermark,
+                                 [c, reference] { runEditorCommand(c, reference); });
             continue;
+        }
         const std::string name = item.command == kWatermarkNameCommand ? item.label : std::string();
         QObject::connect(action, &QAction::triggered, c->watermark, [c, name] {
             c->settings.watermark = name;
@@ -179,6 +205,9 @@ OSStatus Initialize(PMPDEContext context, PMPDEFlags*, PMPDERef, ControlRef pane
     for (QSpinBox* spin : {c->gutter.data(), c->creep.data()})
         spin->setSuffix(points);
     LoadWatermarkListWithDefaults(localized);
+    Ticket* ticket = nullptr;
+    if (session && GetTicketFromSession(session, kPMPrintSettingsTicket, &ticket) == noErr && ticket)
+        c->paper = PreviewPaperSize(ticket);
     showSettings(c);
     return noErr;
 }
@@ -196,6 +225,7 @@ OSStatus Sync(PMPDEContext context, PMPrintSession session, bool reinitializePlu
         return noErr;
     if (reinitializePlugIn) {
         c->settings = ReadBookletWatermarkSettings(ticket);
+        c->paper = PreviewPaperSize(ticket);
         showSettings(c);
         return noErr;
     }

@@ -1,5 +1,7 @@
 #include "panels/bookletwatermark/bookletwatermark-settings.h"
 
+#include "ticket/ticket.h"
+
 #include <cairo.h>
 
 #include <algorithm>
@@ -158,8 +160,10 @@ bool ConvertChosenWatermarkFont(const BookletWatermarkSettings& settings, std::s
     return result.ok();
 }
 
-void RenderWatermarkPreview(const BookletWatermarkSettings& settings, double paperWidth, double paperHeight,
-                            uint8_t* pixels, int width, int height)
+namespace {
+
+void renderRecord(_WatermarkData& record, bool found, double paperWidth, double paperHeight, uint8_t* pixels, int width,
+                  int height)
 {
     if (!pixels || width <= 0 || height <= 0)
         return;
@@ -169,8 +173,7 @@ void RenderWatermarkPreview(const BookletWatermarkSettings& settings, double pap
     std::unique_ptr<cairo_t, decltype(&cairo_destroy)> cr(cairo_create(surface.get()), &cairo_destroy);
     cairo_set_source_rgb(cr.get(), 1, 1, 1);
     cairo_paint(cr.get());
-    _WatermarkData record;
-    if (paperWidth <= 0 || paperHeight <= 0 || !loadChosen(settings, record))
+    if (paperWidth <= 0 || paperHeight <= 0 || !found)
         return;
     const double scale = std::min(width / paperWidth, height / paperHeight);
     cairo_translate(cr.get(), (width - paperWidth * scale) / 2, (height - paperHeight * scale) / 2);
@@ -179,6 +182,70 @@ void RenderWatermarkPreview(const BookletWatermarkSettings& settings, double pap
     record.paperHeight = paperHeight;
     DrawWatermark(cr.get(), {0, 0, paperWidth, paperHeight}, &record, alphaOf(record));
     cairo_surface_flush(surface.get());
+}
+
+} // namespace
+
+void RenderWatermarkPreview(const BookletWatermarkSettings& settings, double paperWidth, double paperHeight,
+                            uint8_t* pixels, int width, int height)
+{
+    _WatermarkData record;
+    const bool found = loadChosen(settings, record);
+    renderRecord(record, found, paperWidth, paperHeight, pixels, width, height);
+}
+
+void RenderWatermarkRecordPreview(const _WatermarkData& record, double paperWidth, double paperHeight, uint8_t* pixels,
+                                  int width, int height)
+{
+    _WatermarkData drawn = record;
+    const bool usable = !record.name().empty();
+    // Drawing saves a text record whose glyphs changed; an edit in progress must not reach the
+    // file, so the stored entry (or its absence) is put back.
+    _WatermarkData stored;
+    const bool wasStored = usable && record.isText && loadWatermarkData(kWatermarksFile, record.name(), stored);
+    renderRecord(drawn, usable, paperWidth, paperHeight, pixels, width, height);
+    const bool saved = usable && drawn.isText &&
+                       (record.glyphs.empty() || drawn.glyphs.empty() || drawn.glyphs.front() != record.glyphs.front());
+    if (!saved)
+        return;
+    if (wasStored) {
+        stored.isText = 1;
+        saveWatermarkData(kWatermarksFile, stored);
+    } else {
+        removeWatermarkData(kWatermarksFile, record.name());
+    }
+}
+
+PaperSize PreviewPaperSize(const Ticket* ticket)
+{
+    pl::DictPtr dict;
+    if (TicketGetDict(ticket, kJobLevelStockKey, &dict) != noErr || !dict)
+        return {};
+    const Stock stock(dict);
+    constexpr double kPointsPerHmm = 72.0 / 2540.0;
+    if (stock.size() == kStockSizeCustom) {
+        if (stock.width() > 0 && stock.length() > 0)
+            return {stock.width() * kPointsPerHmm, stock.length() * kPointsPerHmm};
+        return {};
+    }
+    for (const _PaperSizeSettingMap* row = CompleteStockSizeMap; row->key; ++row)
+        if (row->ticketValue == stock.size() && row->widthPt > 0 && row->heightPt > 0)
+            return {double(row->widthPt), double(row->heightPt)};
+    return {};
+}
+
+_WatermarkData NewWatermarkTemplate()
+{
+    _WatermarkData record;
+    record.isText = 1;
+    record.angle = 45;
+    record.density = 25;
+    record.scale = 100;
+    setWatermarkText(record.fontName, "ArialMT");
+    record.fontSize = 72;
+    record.fontColor = {0.75f, 0.75f, 1.0f, 1.0f};
+    record.wellColor = {0.0f, 0.0f, 1.0f, 1.0f};
+    return record;
 }
 
 } // namespace talmo::bookletwatermark

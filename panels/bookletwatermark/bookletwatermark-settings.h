@@ -62,5 +62,18 @@ bool ConvertChosenWatermarkFont(const BookletWatermarkSettings& settings, std::s
 // ARGB buffer of width x height pixels (stride width * 4), white where nothing is drawn.
 void RenderWatermarkPreview(const BookletWatermarkSettings& settings, double paperWidth, double paperHeight,
                             uint8_t* pixels, int width, int height);
+// The same for a record that may not be stored yet: the file is left as it was.
+void RenderWatermarkRecordPreview(const _WatermarkData& record, double paperWidth, double paperHeight, uint8_t* pixels,
+                                  int width, int height);
+
+// The page of the preview in points: the job stock's size (its size code's row, or its custom
+// width and length), else US Letter.
+struct PaperSize {
+    double width = 612, height = 792;
+};
+PaperSize PreviewPaperSize(const Ticket* ticket);
+
+// What "New..." starts from: a text watermark as the defaults are made.
+_WatermarkData NewWatermarkTemplate();
 
 } // namespace talmo::bookletwatermark

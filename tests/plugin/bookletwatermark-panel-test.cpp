@@ -2,13 +2,19 @@
 // watermarks, the chosen watermark in the ticket and its font in the watermark file, the
 // booklet settings both ways and the preview.
 #include "marking/marking.h"
+#include "panels/bookletwatermark/bookletwatermark-settings.h"
 #include "tests/plugin/loaded-bundle.h"
+#include "ticket/ticket.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QSpinBox>
+#include <QTimer>
 
 #include <filesystem>
 
@@ -89,6 +95,30 @@ protected:
         return !page.isNull();
     }
     Ticket& ticket() { return session_.printSettings(); }
+    // Runs a menu command whose dialog gets `text` typed and then OK, or a message box (whose
+    // text is kept) its `button`; the dialog is closed with Cancel when a message kept it open.
+    void runDialog(const QString& row, const QString& text, QMessageBox::StandardButton button = QMessageBox::Ok)
+    {
+        QTimer::singleShot(0, [this, text, button] {
+            QWidget* modal = QApplication::activeModalWidget();
+            ASSERT_TRUE(modal);
+            if (auto* box = qobject_cast<QMessageBox*>(modal)) {
+                messages_ << box->text();
+                return box->button(button)->click();
+            }
+            modal->findChild<QLineEdit*>("text")->setText(text);
+            QTimer::singleShot(0, [this, modal] {
+                if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+                    messages_ << box->text();
+                    box->accept();
+                    QTimer::singleShot(0, [modal] { modal->findChild<QPushButton*>("cancel")->click(); });
+                }
+            });
+            modal->findChild<QPushButton*>("ok")->click();
+        });
+        choose(row);
+    }
+    QStringList messages_;
 
     std::string home_;
     PlugInIntfVTable ops_{};
@@ -192,6 +222,72 @@ TEST_F(BookletWatermarkPanel, BookletSettingsTravelBothWays)
     ASSERT_EQ(titles->size(), 3u); // gutter, outlines and new size of the last row; no creep
     EXPECT_EQ(pl::as<pl::String>(titles->at(0))->text, "Booklet Gutter");
     EXPECT_EQ(pl::as<pl::String>(texts->at(0))->text, "1 pt");
+}
+
+TEST_F(BookletWatermarkPanel, TheEditorAddsRenamesAndDeletesWatermarks)
+{
+    open();
+    runDialog("New...", "PROOF");
+    EXPECT_EQ(offered(), QStringList({"None", "DRAFT", "CONFIDENTIAL", "COPY", "PROOF"}));
+    EXPECT_EQ(control<QPushButton>(1)->text(), "PROOF");
+    _WatermarkData record;
+    ASSERT_TRUE(loadWatermarkData(kWatermarksFile, "PROOF", record));
+    EXPECT_EQ(record.density, 25);
+
+    choose("CONFIDENTIAL");
+    runDialog("Edit...", "SECRET");
+    EXPECT_EQ(offered(), QStringList({"None", "DRAFT", "SECRET", "COPY", "PROOF"}));
+    ASSERT_EQ(loadWatermarkList(kWatermarksFile), 4u);
+    EXPECT_EQ(listOfWatermarks()[1], "SECRET");
+    EXPECT_FALSE(loadWatermarkData(kWatermarksFile, "CONFIDENTIAL", record));
+    EXPECT_TRUE(loadWatermarkData(kWatermarksFile, "SECRET", record));
+
+    // A name in use or an empty one keeps the dialog open with a message; nothing changes.
+    for (const QString& name : {QString("DRAFT"), QString()}) {
+        runDialog("New...", name);
+        EXPECT_EQ(messages_.size(), 1) << name.toStdString();
+        messages_.clear();
+    }
+    EXPECT_EQ(offered(), QStringList({"None", "DRAFT", "SECRET", "COPY", "PROOF"}));
+    EXPECT_EQ(control<QPushButton>(1)->text(), "SECRET");
+    // The refused dialog drew "DRAFT" in its preview; the stored record stays as it was.
+    _WatermarkData draft;
+    ASSERT_TRUE(loadWatermarkData(kWatermarksFile, "DRAFT", draft));
+    EXPECT_TRUE(draft.glyphs.empty());
+
+    runDialog("Delete", {}, QMessageBox::No);
+    EXPECT_EQ(offered().size(), 5);
+    runDialog("Delete", {}, QMessageBox::Yes);
+    EXPECT_EQ(messages_.size(), 2);
+    EXPECT_EQ(offered(), QStringList({"None", "DRAFT", "COPY", "PROOF"}));
+    EXPECT_EQ(control<QPushButton>(1)->text(), "None");
+    EXPECT_FALSE(loadWatermarkData(kWatermarksFile, "SECRET", record));
+    ASSERT_EQ(loadWatermarkList(kWatermarksFile), 3u);
+}
+
+TEST(BookletWatermarkPreview, ThePageIsTheJobStocksSize)
+{
+    struct {
+        int32_t size, width, length; // hundredths of a millimetre for a custom size
+        double points[2];
+    } const rows[] = {{4, kNotSet, kNotSet, {595, 842}},
+                      {kStockSizeCustom, 10000, 25400, {283.46, 720}},
+                      {kStockSizeCustom, kNotSet, kNotSet, {612, 792}},
+                      {9999, kNotSet, kNotSet, {612, 792}}};
+    for (const auto& row : rows) {
+        Ticket ticket;
+        Stock stock;
+        stock.setSize(row.size);
+        if (row.width != kNotSet) {
+            stock.setWidth(row.width);
+            stock.setLength(row.length);
+        }
+        ASSERT_EQ(TicketSetDict(&ticket, kJobLevelStockKey, stock.asTicket(), kTalmoPanelCreator), noErr);
+        const auto paper = bookletwatermark::PreviewPaperSize(&ticket);
+        EXPECT_NEAR(paper.width, row.points[0], 0.01) << row.size;
+        EXPECT_NEAR(paper.height, row.points[1], 0.01) << row.size;
+    }
+    EXPECT_EQ(bookletwatermark::PreviewPaperSize(nullptr).width, 612);
 }
 
 } // namespace
