@@ -156,7 +156,8 @@ std::string_view watermarkText(const char* field, size_t size) { return {field, 
 template <size_t N> void setWatermarkText(char (&field)[N], std::string_view text)
 {
     size_t n = clipUtf8(text, N - 1);
-    std::memcpy(field, text.data(), n);
+    if (n) // an empty view may carry a null pointer, which memcpy must not see
+        std::memcpy(field, text.data(), n);
     std::memset(field + n, 0, N - n);
 }
 template void setWatermarkText<512>(char (&)[512], std::string_view);
