@@ -85,16 +85,23 @@ OSStatus RunModalTPIFImportDialog(const Bundle& bundle, PrintSession* session, Q
                                               text(bundle, "TPIFFileFilter"));
     if (paths.isEmpty())
         return userCanceledErr;
-    // Every file into one dictionary first: the ticket is touched only when all of them read.
+    // Every file into one dictionary first; the ticket is touched only once the user confirms.
+    // A file that does not import is named and left out, and the others still apply.
     auto imported = pl::makeDict();
+    OSStatus failure = noErr;
+    int good = 0;
     for (const QString& path : paths) {
         std::string why;
         if (const OSStatus status = TPIFImportFileAtPath(path.toStdString(), imported, &why); status != noErr) {
+            failure = status;
             showMessage(parent, QMessageBox::Warning,
                         text(bundle, "TPIFImportFailedMessage", {QFileInfo(path).fileName(), why}));
-            return status;
+        } else {
+            ++good;
         }
     }
+    if (good == 0)
+        return failure;
     if (const OSStatus status = DisplayTPIFImportExportSummary(bundle, imported, kTPIFImportMode, parent);
         status != noErr)
         return status;

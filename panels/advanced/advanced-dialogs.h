@@ -18,8 +18,8 @@ OSStatus DisplayTPIFImportExportSummary(const Bundle& bundle, const pl::DictPtr&
 
 // Imports `paths` (asked for with a file dialog when empty) into one dictionary, shows its
 // summary and, when the user confirms, merges it into the session's ticket and has every panel
-// show it. A file that does not import is named in a message and nothing changes
-// (kImportFileFailed); userCanceledErr when the user declines.
+// show it. A file that does not import is named in a message and left out; the other files
+// still apply. kImportFileFailed when no file imports; userCanceledErr when the user declines.
 OSStatus RunModalTPIFImportDialog(const Bundle& bundle, PrintSession* session, QStringList paths,
                                   QWidget* parent = nullptr);
 

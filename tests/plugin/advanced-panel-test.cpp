@@ -174,7 +174,7 @@ TEST_F(AdvancedPanel, SummaryNamesOnlyWhatIsSet)
     EXPECT_EQ(lines, (std::vector<std::string>{"Rotate Image 180°: On", "Pages to Print: 3 - 12"}));
 }
 
-TEST_F(AdvancedPanel, ImportChangesTheTicketOnlyWhenEveryFileReadsAndTheUserConfirms)
+TEST_F(AdvancedPanel, ImportAppliesTheFilesThatReadOnceTheUserConfirms)
 {
     SetExtensionBundle(**bundle);
     const QString good = QString::fromStdString(kSource + "/tests/tpif/data/tpif-plain-job.tpif");
@@ -186,8 +186,7 @@ TEST_F(AdvancedPanel, ImportChangesTheTicketOnlyWhenEveryFileReadsAndTheUserConf
         const char* button; // of the summary; null when none is shown
         OSStatus status;
     } const rows[] = {
-        {{good, entity}, nullptr, kImportFileFailed},
-        {{garbage}, nullptr, kImportFileFailed},
+        {{entity, garbage}, nullptr, kImportFileFailed},
         {{QString::fromStdString(dir_) + "missing.tpif"}, nullptr, kImportFileFailed},
         {{good}, "cancel", userCanceledErr},
     };
@@ -196,14 +195,17 @@ TEST_F(AdvancedPanel, ImportChangesTheTicketOnlyWhenEveryFileReadsAndTheUserConf
     for (const auto& row : rows) {
         SCOPED_TRACE(row.paths.back().toStdString());
         messages_.clear();
-        answer({row.button ? row.button : "OK"});
+        answer(row.button ? std::vector<const char*>{row.button} : std::vector<const char*>(row.paths.size(), "OK"));
         EXPECT_EQ(advanced::RunModalTPIFImportDialog(**bundle, &session_, row.paths), row.status);
-        EXPECT_EQ(messages_.size(), row.button ? 0 : 1);
+        EXPECT_EQ(messages_.size(), row.button ? 0 : row.paths.size());
         EXPECT_TRUE(pl::equal(ticket().asDictionary(), before));
     }
 
-    answer({"copyAll", "default"});
-    EXPECT_EQ(advanced::RunModalTPIFImportDialog(**bundle, &session_, {good}), noErr);
+    // A damaged file among good ones is reported; the good ones still apply.
+    messages_.clear();
+    answer({"OK", "copyAll", "default"});
+    EXPECT_EQ(advanced::RunModalTPIFImportDialog(**bundle, &session_, {entity, good}), noErr);
+    EXPECT_EQ(messages_.size(), 1);
     EXPECT_TRUE(pl::equal(ticket().get(kJobNotesJobNameKey), pl::makeString("Annual report 2026")));
     EXPECT_TRUE(summary_.contains("Annual report 2026"));
     EXPECT_EQ(QGuiApplication::clipboard()->text(), summary_);
