@@ -115,6 +115,33 @@ OSStatus PanelTerminate(PMPDEContext context)
     return noErr;
 }
 
+OSStatus PanelOpen(PMPDEContext context)
+{
+    TracePanelCall(context, "Open");
+    return context ? noErr : kPMNoContext;
+}
+
+OSStatus PanelClose(PMPDEContext context)
+{
+    TracePanelCall(context, "Close");
+    return context ? noErr : kPMNoContext;
+}
+
+void MakeSummaryArrays(pl::ArrayPtr* titleArray, pl::ArrayPtr* summaryArray)
+{
+    if (!*titleArray)
+        *titleArray = pl::makeArray();
+    if (!*summaryArray)
+        *summaryArray = pl::makeArray();
+}
+
+void AppendSummaryLine(pl::ArrayPtr* titleArray, pl::ArrayPtr* summaryArray, std::string title, std::string text)
+{
+    MakeSummaryArrays(titleArray, summaryArray);
+    (*titleArray)->append(pl::makeString(std::move(title)));
+    (*summaryArray)->append(pl::makeString(std::move(text)));
+}
+
 void TracePanelCall(PMPDEContext context, const char* operation, int direction)
 {
     const char* path = std::getenv("TALMO_PANEL_TRACE");

@@ -40,6 +40,12 @@ OSStatus PanelPrologue(const PanelDescription& panel, PMPDEContext* context, OST
 OSStatus PanelInitialize(PMPDEContext context, ControlRef pane, PMPrintSession session);
 OSStatus PanelTerminate(PMPDEContext context);
 PanelContext* AsPanelContext(PMPDEContext context);
+// Open and Close of a panel that has nothing to do then but be traced.
+OSStatus PanelOpen(PMPDEContext context);
+OSStatus PanelClose(PMPDEContext context);
+// The two arrays GetSummaryText receives, created when null, and one line appended to them.
+void MakeSummaryArrays(pl::ArrayPtr* titleArray, pl::ArrayPtr* summaryArray);
+void AppendSummaryLine(pl::ArrayPtr* titleArray, pl::ArrayPtr* summaryArray, std::string title, std::string text);
 
 // With TALMO_PANEL_TRACE naming a file, each panel operation appends "<panel> <operation>" to
 // it (with the direction for Sync): the order of the host's fan-out, for tests.

@@ -246,28 +246,10 @@ OSStatus GetSummaryText(PMPDEContext context, pl::ArrayPtr* titleArray, pl::Arra
     if (!titleArray || !summaryArray)
         return paramErr;
     saveControls(c);
-    if (!*titleArray)
-        *titleArray = pl::makeArray();
-    if (!*summaryArray)
-        *summaryArray = pl::makeArray();
-    for (const auto& [title, text] :
-         BookletWatermarkSummary(c->settings, [](const char* key) { return localized(key); })) {
-        (*titleArray)->append(pl::makeString(title));
-        (*summaryArray)->append(pl::makeString(text));
-    }
+    panels::MakeSummaryArrays(titleArray, summaryArray);
+    for (auto& [title, text] : BookletWatermarkSummary(c->settings, [](const char* key) { return localized(key); }))
+        panels::AppendSummaryLine(titleArray, summaryArray, std::move(title), std::move(text));
     return noErr;
-}
-
-OSStatus Open(PMPDEContext context)
-{
-    panels::TracePanelCall(context, "Open");
-    return context ? noErr : kPMNoContext;
-}
-
-OSStatus Close(PMPDEContext context)
-{
-    panels::TracePanelCall(context, "Close");
-    return context ? noErr : kPMNoContext;
 }
 
 OSStatus Terminate(PMPDEContext context, OSStatus) { return panels::PanelTerminate(context); }
@@ -276,8 +258,8 @@ OSStatus Terminate(PMPDEContext context, OSStatus) { return panels::PanelTermina
 
 OSStatus CreatePanelInterface(PlugInIntf** intf)
 {
-    return panels::MakePanelInterface(
-        intf, {nullptr, nullptr, nullptr, &Prologue, &Initialize, &Sync, &GetSummaryText, &Open, &Close, &Terminate});
+    return panels::MakePanelInterface(intf, {nullptr, nullptr, nullptr, &Prologue, &Initialize, &Sync, &GetSummaryText,
+                                             &panels::PanelOpen, &panels::PanelClose, &Terminate});
 }
 
 } // namespace talmo::bookletwatermark

@@ -278,13 +278,9 @@ OSStatus GetSummaryText(PMPDEContext context, pl::ArrayPtr* titleArray, pl::Arra
     if (!titleArray || !summaryArray)
         return paramErr;
     SaveUIValuesToData(c);
-    if (!*titleArray)
-        *titleArray = pl::makeArray();
-    if (!*summaryArray)
-        *summaryArray = pl::makeArray();
+    panels::MakeSummaryArrays(titleArray, summaryArray);
     auto add = [&](std::string_view label, std::string text) {
-        (*titleArray)->append(pl::makeString(titleOf(label)));
-        (*summaryArray)->append(pl::makeString(std::move(text)));
+        panels::AppendSummaryLine(titleArray, summaryArray, titleOf(label), std::move(text));
     };
     std::string color = GenerateFullColorSummary(c->color, kJobContextJob, "; ", &localized);
     add("Color Label", color.empty() ? localized("PrinterDefault") : color);
@@ -305,18 +301,6 @@ OSStatus GetSummaryText(PMPDEContext context, pl::ArrayPtr* titleArray, pl::Arra
     return noErr;
 }
 
-OSStatus Open(PMPDEContext context)
-{
-    panels::TracePanelCall(context, "Open");
-    return context ? noErr : kPMNoContext;
-}
-
-OSStatus Close(PMPDEContext context)
-{
-    panels::TracePanelCall(context, "Close");
-    return context ? noErr : kPMNoContext;
-}
-
 OSStatus Terminate(PMPDEContext context, OSStatus)
 {
     if (ImageOptionsContext* c = asContext(context))
@@ -328,8 +312,8 @@ OSStatus Terminate(PMPDEContext context, OSStatus)
 
 OSStatus CreatePanelInterface(PlugInIntf** intf)
 {
-    return panels::MakePanelInterface(
-        intf, {nullptr, nullptr, nullptr, &Prologue, &Initialize, &Sync, &GetSummaryText, &Open, &Close, &Terminate});
+    return panels::MakePanelInterface(intf, {nullptr, nullptr, nullptr, &Prologue, &Initialize, &Sync, &GetSummaryText,
+                                             &panels::PanelOpen, &panels::PanelClose, &Terminate});
 }
 
 } // namespace talmo::imageoptions

@@ -227,28 +227,11 @@ OSStatus GetSummaryText(PMPDEContext context, pl::ArrayPtr* titleArray, pl::Arra
     if (!titleArray || !summaryArray)
         return paramErr;
     UpdateJobNotesContext(c);
-    if (!*titleArray)
-        *titleArray = pl::makeArray();
-    if (!*summaryArray)
-        *summaryArray = pl::makeArray();
+    panels::MakeSummaryArrays(titleArray, summaryArray);
     const std::string document = localized("JobNotesDocumentName").toStdString();
-    for (const auto& [title, text] : JobNotesSummary(c->fields, ConsoleUserName(), document)) {
-        (*titleArray)->append(pl::makeString(localized(title.c_str()).toStdString()));
-        (*summaryArray)->append(pl::makeString(text));
-    }
+    for (auto& [title, text] : JobNotesSummary(c->fields, ConsoleUserName(), document))
+        panels::AppendSummaryLine(titleArray, summaryArray, localized(title.c_str()).toStdString(), std::move(text));
     return noErr;
-}
-
-OSStatus Open(PMPDEContext context)
-{
-    panels::TracePanelCall(context, "Open");
-    return context ? noErr : kPMNoContext;
-}
-
-OSStatus Close(PMPDEContext context)
-{
-    panels::TracePanelCall(context, "Close");
-    return context ? noErr : kPMNoContext;
 }
 
 OSStatus Terminate(PMPDEContext context, OSStatus) { return panels::PanelTerminate(context); }
@@ -257,8 +240,8 @@ OSStatus Terminate(PMPDEContext context, OSStatus) { return panels::PanelTermina
 
 OSStatus CreatePanelInterface(PlugInIntf** intf)
 {
-    return panels::MakePanelInterface(
-        intf, {nullptr, nullptr, nullptr, &Prologue, &Initialize, &Sync, &GetSummaryText, &Open, &Close, &Terminate});
+    return panels::MakePanelInterface(intf, {nullptr, nullptr, nullptr, &Prologue, &Initialize, &Sync, &GetSummaryText,
+                                             &panels::PanelOpen, &panels::PanelClose, &Terminate});
 }
 
 } // namespace talmo::jobnotes

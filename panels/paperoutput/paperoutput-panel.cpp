@@ -28,26 +28,14 @@ OSStatus Sync(PMPDEContext context, PMPrintSession, bool reinitializePlugIn)
 
 OSStatus GetSummaryText(PMPDEContext context, pl::ArrayPtr*, pl::ArrayPtr*) { return context ? noErr : kPMNoContext; }
 
-OSStatus Open(PMPDEContext context)
-{
-    panels::TracePanelCall(context, "Open");
-    return context ? noErr : kPMNoContext;
-}
-
-OSStatus Close(PMPDEContext context)
-{
-    panels::TracePanelCall(context, "Close");
-    return context ? noErr : kPMNoContext;
-}
-
 OSStatus Terminate(PMPDEContext context, OSStatus) { return panels::PanelTerminate(context); }
 
 } // namespace
 
 OSStatus CreatePanelInterface(PlugInIntf** intf)
 {
-    return panels::MakePanelInterface(
-        intf, {nullptr, nullptr, nullptr, &Prologue, &Initialize, &Sync, &GetSummaryText, &Open, &Close, &Terminate});
+    return panels::MakePanelInterface(intf, {nullptr, nullptr, nullptr, &Prologue, &Initialize, &Sync, &GetSummaryText,
+                                             &panels::PanelOpen, &panels::PanelClose, &Terminate});
 }
 
 } // namespace talmo::paperoutput
