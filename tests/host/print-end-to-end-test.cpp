@@ -19,6 +19,7 @@
 #include <memory>
 #include <regex>
 #include <set>
+#include <tuple>
 #include <sstream>
 
 using namespace talmo;
@@ -264,6 +265,31 @@ TEST_F(HostRuns, EveryPanelScreenshotShowsTheDialog)
         pictures.insert(QByteArray(reinterpret_cast<const char*>(image.constBits()), image.sizeInBytes()));
     }
     EXPECT_EQ(pictures.size(), 6u) << "the chooser did not switch panels";
+}
+
+// A command goes as its control in view would send it; the modal dialog it opens is saved (not
+// the print dialog, which is taller) and closed, so the run ends.
+TEST_F(HostRuns, ACommandSavesTheModalDialogItOpens)
+{
+    const std::string png = dir_ + "/modal.png";
+    const std::tuple<const char*, const char*, const char*> rows[] = {
+        {"6", "Abou", ""},
+        {"5", "TWmN", ""},
+        {"6", "TPex", ""},
+        {"5", "TWmE", "no control in view carries the command \"TWmE\""}, // no watermark chosen
+        {"5", "Abou", "no control in view carries the command \"Abou\""},
+        {"1", "help", "the command \"help\" opened no dialog"},
+        {"1", "Abo", "--command takes four characters"},
+    };
+    for (const auto& [panel, command, error] : rows) {
+        SCOPED_TRACE(command);
+        fs::remove(png);
+        Outcome r = run(TALMO_PRINT, {"--panel", panel, "--command", command, "--screenshot", png});
+        EXPECT_EQ(r.status == 0, !*error) << r.err;
+        EXPECT_NE(r.err.find(error), std::string::npos) << r.err;
+        const QImage image(QString::fromStdString(png));
+        EXPECT_EQ(!image.isNull() && image.width() > 150 && image.height() < 500, !*error);
+    }
 }
 
 } // namespace
