@@ -9,7 +9,13 @@
 #include <QComboBox>
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSpinBox>
 #include <QTextBrowser>
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include <arpa/inet.h>
@@ -215,6 +221,84 @@ TEST_F(ShellDialog, TheHelpCommandShowsTheHelpBook)
     EXPECT_TRUE(help->source().path().endsWith("/help/index.html")) << help->source().toString().toStdString();
     EXPECT_TRUE(help->toPlainText().contains("Special Pages"));
     help->close();
+}
+
+// Import through the Advanced panel's button and file dialog, as a user does: the damaged file
+// is named and left out; every panel shows the result (an edit the files leave alone survives);
+// the ticket saved as the host saves it is `talmo tpif import` of the good files merged in.
+TEST_F(ShellDialog, ImportThroughTheAdvancedPanelReachesEveryPanelAndTheSavedTicket)
+{
+    for (auto [flag, name] : {std::pair{kJobNotesUseJobNameKey, kJobNotesJobNameKey},
+                              {kJobNotesSenderUseLoginNameKey, kJobNotesSenderNameKey},
+                              {kJobNotesRecipientUseLoginNameKey, kJobNotesRecipientKey}}) {
+        session_.printSettings().set(flag, pl::makeBool(false), "t"); // names typed, not the login's
+        session_.printSettings().set(name, pl::makeString("Typed"), "t");
+    }
+    start();
+    const std::string data = TALMO_SOURCE_DIR "/tests/tpif/data/", dir = ::testing::TempDir();
+    const std::string good[] = {data + "tpif-finishing-colour.tpif", data + "tpif-plain-job.tpif"};
+    std::ofstream(dir + "damaged.tpif") << "<tpif><job-name>";
+    ASSERT_EQ(std::system((TALMO_CLI " tpif import " + good[0] + " " + good[1] + " -o " + dir + "in.plist").c_str()),
+              0);
+    const auto imported = pl::as<pl::Dictionary>(pl::readPlistFile(dir + "in.plist"));
+    ASSERT_TRUE(imported);
+    chooser()->setCurrentIndex(4);
+    GetControlByID<QSpinBox>(pane_, {FourCC("BWmk"), 3})->setValue(18);
+    chooser()->setCurrentIndex(5);
+    ASSERT_EQ(t().Sync(context_, &session_, false), noErr);
+    const pl::DictPtr expected = session_.printSettings().asDictionary();
+    for (const auto& [key, value] : *imported)
+        expected->set(key, value);
+
+    // Presses an Advanced panel button: its file dialog gets `names`, a message its OK, the
+    // summary its default button.
+    QStringList messages;
+    auto press = [&](int button, const std::string& names) {
+        QTimer answer;
+        QObject::connect(&answer, &QTimer::timeout, [&] {
+            QWidget* modal = QApplication::activeModalWidget();
+            if (auto* files = qobject_cast<QFileDialog*>(modal)) {
+                files->findChild<QLineEdit*>("fileNameEdit")->setText(QString::fromStdString(names));
+                static_cast<QDialog*>(files)->accept();
+            } else if (auto* box = qobject_cast<QMessageBox*>(modal)) {
+                messages << box->text();
+                box->accept();
+            } else if (modal) {
+                modal->findChild<QPushButton*>("default")->click();
+            }
+        });
+        answer.start(20);
+        GetControlByID<QPushButton>(pane_, {FourCC("Advn"), button})->click();
+    };
+    press(10, "\"" + good[0] + "\" \"" + dir + "damaged.tpif\" \"" + good[1] + "\"");
+    ASSERT_EQ(messages.size(), 1);
+    EXPECT_TRUE(messages[0].contains("damaged.tpif")) << messages[0].toStdString();
+
+    const std::tuple<ControlID, const char*> shown[] = {
+        {{FourCC("TImg"), 4}, "600 x 600 dpi"},      // Image Options: resolution
+        {{FourCC("JNot"), 1}, "Annual report 2026"}, // Job Notes: job name
+        {{FourCC("BWmk"), 3}, "18 pt"},              // Booklet and Watermark: the gutter, not in the files
+        {{FourCC("Advn"), 2}, "On"},                 // Advanced: rotation
+    };
+    for (const auto& [id, text] : shown) {
+        QWidget* w = GetControlByID(pane_, id);
+        auto* combo = qobject_cast<QComboBox*>(w);
+        auto* spin = qobject_cast<QAbstractSpinBox*>(w);
+        EXPECT_EQ((combo ? combo->currentText() : spin ? spin->text() : QString()).toStdString(), text);
+    }
+    ASSERT_EQ(t().Sync(context_, &session_, false), noErr);
+    const pl::DictPtr saved = session_.printSettings().asDictionary();
+    EXPECT_TRUE(pl::equal(saved, expected)) << pl::writePlist(saved) << "\n" << pl::writePlist(expected);
+
+    // What the panel exports imports back as the same ticket.
+    press(11, dir + "exported.tpif");
+    press(10, "\"" + dir + "exported.tpif\"");
+    ASSERT_EQ(t().Sync(context_, &session_, false), noErr);
+    EXPECT_TRUE(pl::equal(session_.printSettings().asDictionary(), saved))
+        << pl::writePlist(session_.printSettings().asDictionary());
+    EXPECT_EQ(messages.size(), 1);
+    for (const char* name : {"damaged.tpif", "in.plist", "exported.tpif"})
+        std::filesystem::remove(dir + name);
 }
 
 TEST_F(LoadedBundle, StatusesForMissingContextsAndSessions)
