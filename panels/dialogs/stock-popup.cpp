@@ -5,6 +5,7 @@
 #include "paperlib/library.h"
 #include "toolkit/toolkit.h"
 
+#include <QActionGroup>
 #include <QMenu>
 #include <QPointer>
 #include <QToolButton>
@@ -61,6 +62,15 @@ QAction* addCommand(QMenu* menu, const QString& text, uint32_t command, int32_t 
     action->setProperty(kCommandProperty, uint(command));
     action->setProperty(kValueProperty, value);
     return action;
+}
+
+// One choice per submenu, shown as radio marks; none is marked when the stock holds a value the
+// menu does not offer.
+QActionGroup* exclusiveGroup(QMenu* menu)
+{
+    auto* group = new QActionGroup(menu);
+    group->setExclusionPolicy(QActionGroup::ExclusionPolicy::ExclusiveOptional);
+    return group;
 }
 
 QString sizeName(const Bundle& bundle, const Stock& s)
@@ -173,6 +183,7 @@ QString StockPopup::shortName() const { return button_->text(); }
 void StockPopup::addMapMenu(QMenu* parent, std::string_view titleKey, const MenuModel& model)
 {
     QMenu* sub = parent->addMenu(LocalizedText(bundle_, titleKey));
+    auto* group = exclusiveGroup(sub);
     for (const MenuItem& item : model.items) {
         if (item.separator) {
             sub->addSeparator();
@@ -180,6 +191,7 @@ void StockPopup::addMapMenu(QMenu* parent, std::string_view titleKey, const Menu
         }
         QAction* action = addCommand(sub, QString::fromStdString(item.label), item.command, item.reference);
         action->setCheckable(true);
+        group->addAction(action);
         connect(action, &QAction::triggered, this,
                 [this, command = item.command, value = item.reference] { applyCommand(command, value); });
     }
@@ -190,14 +202,15 @@ void StockPopup::buildMenu()
     menu_->clear();
     const QObjectList children = menu_->children();
     for (QObject* child : children)
-        if (qobject_cast<QMenu*>(child))
-            delete child; // a submenu of the previous build
+        if (qobject_cast<QMenu*>(child) || qobject_cast<QActionGroup*>(child))
+            delete child; // a submenu or mark group of the previous build
     // Recent named papers, newest first. An entry that left the library leaves the order too.
     {
         StockLibraryOrderList order;
         StockLibraryList library;
         std::vector<std::string> gone;
         size_t shown = 0;
+        auto* recent = exclusiveGroup(menu_);
         for (const pl::ValuePtr& value : *order.stockOrderList()) {
             auto uuid = pl::as<pl::String>(value);
             if (!uuid || shown == kStockOrderListLimit)
@@ -212,6 +225,7 @@ void StockPopup::buildMenu()
             QAction* action = menu_->addAction(elided(name.empty() ? uuid->text : name));
             action->setProperty(kEntryProperty, QString::fromStdString(uuid->text));
             action->setCheckable(true);
+            recent->addAction(action);
             action->setChecked(entry.stock() == stock_);
             connect(action, &QAction::triggered, this,
                     [this, id = action->property(kEntryProperty).toString()] { chooseRecent(id); });
@@ -260,8 +274,10 @@ void StockPopup::buildMenu()
         if (!installed)
             inserter->setToolTip(LocalizedText(bundle_, "StockPopup Inserter Not Installed"));
         source->setToolTipsVisible(true);
+        auto* group = exclusiveGroup(source);
         for (QAction* action : {tray, inserter}) {
             action->setCheckable(true);
+            group->addAction(action);
             connect(action, &QAction::triggered, this, [this, value = action->property(kValueProperty).toInt()] {
                 applyCommand(kStockCommandSource, value);
             });
@@ -270,7 +286,6 @@ void StockPopup::buildMenu()
     menu_->addSeparator();
     QAction* description =
         addCommand(menu_, LocalizedText(bundle_, "StockPopup Description..."), kStockCommandDescription, 0);
-    description->setCheckable(true);
     connect(description, &QAction::triggered, this, [this] { applyCommand(kStockCommandDescription, 0); });
     QAction* reset = addCommand(menu_, LocalizedText(bundle_, "StockPopup Default"), kStockCommandDefault, 0);
     connect(reset, &QAction::triggered, this, [this] { applyCommand(kStockCommandDefault, 0); });
@@ -310,10 +325,6 @@ void StockPopup::updateChecks()
         if (!action->isCheckable() || action->property(kEntryProperty).isValid())
             continue;
         const uint32_t command = action->property(kCommandProperty).toUInt();
-        if (command == kStockCommandDescription) {
-            action->setChecked(!stock_.description().value_or("").empty());
-            continue;
-        }
         const std::optional<int32_t> value = currentValue(stock_, command);
         action->setChecked(value && *value == action->property(kValueProperty).toInt());
     }
