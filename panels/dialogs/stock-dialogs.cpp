@@ -1,8 +1,10 @@
 #include "panels/dialogs/stock-dialogs.h"
 
+#include "panels/dialogs/stock-popup.h" // MakeStockTextSource
 #include "toolkit/toolkit.h"
 
 #include <QApplication>
+#include <QComboBox>
 #include <QDialog>
 #include <QFormLayout>
 #include <QLabel>
@@ -273,6 +275,95 @@ std::optional<StockDimensions> startingSize(const Stock& stock)
     return std::nullopt;
 }
 
+// "Advanced": one popup per attribute over a copy of the stock, and its summary.
+constexpr int32_t kAdvancedSummaryID = 20;
+
+struct AdvancedRow {
+    int32_t id;
+    const SettingMap* map;
+    uint32_t command; // 0: set directly (finish and grain have no menu command)
+};
+
+const AdvancedRow kAdvancedRows[] = {
+    {1, _StockSizeMap, kStockCommandSize},
+    {2, _StockColorMap, kStockCommandColor},
+    {3, _StockTypeMap, kStockCommandType},
+    {4, _WeightMap, kStockCommandWeight},
+    {5, _StockPunchedMap, kStockCommandPunched},
+    {6, _SidesCoatedMap, kStockCommandSidesCoated},
+    {7, _CoatingTypeMap, kStockCommandCoatingType},
+    {8, _FinishMap, 0},
+    {9, _GrainMap, 0},
+};
+
+int32_t advancedValue(const Stock& s, int32_t id)
+{
+    switch (id) {
+    case 1:
+        return s.size();
+    case 2:
+        return s.color();
+    case 3:
+        return s.type();
+    case 4:
+        return s.weight();
+    case 5:
+        return s.punched();
+    case 6:
+        return s.sidesCoated();
+    case 7:
+        return s.coatingType();
+    case 8:
+        return s.finish();
+    default:
+        return s.grain();
+    }
+}
+
+struct AdvancedDialog {
+    const Bundle* bundle = nullptr;
+    JobContext context = kJobContextJob;
+    StockCommandDialogs dialogs; // the attribute dialogs a "Custom..." row opens
+    QComboBox* popups[std::size(kAdvancedRows)] = {};
+    QLabel* summary = nullptr;
+    QWidget* coating = nullptr;
+    Stock edited;
+};
+
+void advancedSyncToUI(AdvancedDialog& d)
+{
+    for (size_t i = 0; i < std::size(kAdvancedRows); ++i) {
+        const QSignalBlocker blocker(d.popups[i]);
+        const int32_t value = advancedValue(d.edited, kAdvancedRows[i].id);
+        // A weight the menu does not list is a custom one; any other unlisted value shows blank.
+        if (!SetPopupButtonToTicketValue(d.popups[i], value) &&
+            !(kAdvancedRows[i].map == _WeightMap && SetPopupButtonToTicketValue(d.popups[i], kStockWeightCustomRow)))
+            d.popups[i]->setCurrentIndex(-1);
+    }
+    // The coating kind means something only on a coated sheet.
+    const int32_t sides = d.edited.sidesCoated();
+    d.coating->setEnabled(sides != kNotSet && sides != 1);
+    d.coating->setToolTip(d.coating->isEnabled() ? QString()
+                                                 : LocalizedText(*d.bundle, "StockDialog Coating Needs Coated"));
+    std::string summary;
+    const StockTextSource texts = MakeStockTextSource(*d.bundle);
+    ShowStockSummary(&texts, &summary, &d.edited, d.context);
+    d.summary->setText(QString::fromStdString(summary));
+}
+
+void advancedChosen(AdvancedDialog& d, size_t row)
+{
+    const AdvancedRow& r = kAdvancedRows[row];
+    const int32_t value = GetPopupButtonTicketValue(d.popups[row]);
+    if (r.command)
+        ApplyStockCommand(d.edited, r.command, value, d.context, d.dialogs);
+    else if (r.map == _FinishMap)
+        d.edited.setFinish(value);
+    else
+        d.edited.setGrain(value);
+    advancedSyncToUI(d);
+}
+
 std::optional<int32_t> positive(int32_t v) { return v > 0 && v != kNotSet ? std::optional(v) : std::nullopt; }
 
 } // namespace
@@ -411,7 +502,48 @@ std::optional<std::string> RunModalStockDescriptionDialog(const Bundle& bundle, 
     return result ? std::optional(result->text) : std::nullopt;
 }
 
-StockCommandDialogs MakeStockCommandDialogs(QWidget* parent, const Bundle& bundle, const MediaLimits* limits)
+bool RunModalAdvancedStockDialog(const Bundle& bundle, JobContext context, Stock& stock,
+                                 const StockCommandDialogs& dialogs, QWidget* parent)
+{
+    std::unique_ptr<QDialog> dialog = loadDialog(bundle, "Advanced", parent);
+    if (!dialog)
+        return false;
+    QDialog* w = dialog.get();
+    AdvancedDialog d;
+    d.bundle = &bundle;
+    d.context = context;
+    d.dialogs = dialogs;
+    d.dialogs.advanced = nullptr; // no way back into this dialog from its own rows
+    d.dialogs.library = nullptr;
+    d.summary = control<QLabel>(w, kAdvancedSummaryID);
+    auto* ok = control<QPushButton>(w, kOKID);
+    auto* cancel = control<QPushButton>(w, kCancelID);
+    bool found = d.summary && ok && cancel;
+    for (size_t i = 0; i < std::size(kAdvancedRows); ++i) {
+        d.popups[i] = control<QComboBox>(w, kAdvancedRows[i].id);
+        found = found && d.popups[i];
+        if (d.popups[i])
+            PopulatePopupButtonFromMap(bundle, d.popups[i], kAdvancedRows[i].map, context, 0);
+    }
+    if (!found) {
+        std::fprintf(stderr, "Stock dialogs: the Advanced window lacks a control\n");
+        return false;
+    }
+    d.coating = d.popups[6];
+    d.edited = stock;
+    advancedSyncToUI(d);
+    for (size_t i = 0; i < std::size(kAdvancedRows); ++i)
+        QObject::connect(d.popups[i], &QComboBox::activated, w, [&d, i] { advancedChosen(d, i); });
+    QObject::connect(cancel, &QPushButton::clicked, w, &QDialog::reject);
+    QObject::connect(ok, &QPushButton::clicked, w, &QDialog::accept);
+    if (w->exec() != QDialog::Accepted)
+        return false;
+    stock = d.edited;
+    return true;
+}
+
+StockCommandDialogs MakeStockCommandDialogs(QWidget* parent, const Bundle& bundle, const MediaLimits* limits,
+                                            JobContext context)
 {
     // The parent may go before the callbacks do; a dialog then opens without one.
     const QPointer<QWidget> owner(parent);
@@ -426,6 +558,8 @@ StockCommandDialogs MakeStockCommandDialogs(QWidget* parent, const Bundle& bundl
     d.precutTab = [=](const Stock& s) { return RunModalPrecutTabDialog(bundle, s, owner.data()); };
     d.customWeight = [=](const Stock& s) { return RunModalCustomWeightDialog(bundle, s, owner.data()); };
     d.description = [=](const Stock& s) { return RunModalStockDescriptionDialog(bundle, s, owner.data()); };
+    const StockCommandDialogs attributes = d;
+    d.advanced = [=](Stock& s) { return RunModalAdvancedStockDialog(bundle, context, s, attributes, owner.data()); };
     return d;
 }
 

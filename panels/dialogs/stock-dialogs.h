@@ -34,9 +34,16 @@ std::optional<int32_t> RunModalCustomWeightDialog(const Bundle& bundle, const St
 std::optional<std::string> RunModalStockDescriptionDialog(const Bundle& bundle, const Stock& stock,
                                                           QWidget* parent = nullptr);
 
-// The dialogs above as the callbacks ApplyStockCommand runs. Without `limits` the custom size
-// asks GetMediaLimits() each time it opens (the current printer's). `advanced` and `library`
-// are left empty for the caller.
-StockCommandDialogs MakeStockCommandDialogs(QWidget* parent, const Bundle& bundle, const MediaLimits* limits);
+// Every attribute of the stock at once, on a copy: each popup's choice goes through
+// ApplyStockCommand with `dialogs` (so "Custom..." rows open their dialogs); finish and grain are
+// set directly. On OK the copy replaces `stock` and the answer is true.
+bool RunModalAdvancedStockDialog(const Bundle& bundle, JobContext context, Stock& stock,
+                                 const StockCommandDialogs& dialogs, QWidget* parent = nullptr);
+
+// The dialogs above as the callbacks ApplyStockCommand runs, `advanced` included. Without
+// `limits` the custom size asks GetMediaLimits() each time it opens (the current printer's).
+// `library` is left empty for the caller; `context` labels the advanced dialog's defaults.
+StockCommandDialogs MakeStockCommandDialogs(QWidget* parent, const Bundle& bundle, const MediaLimits* limits,
+                                            JobContext context = kJobContextJob);
 
 } // namespace talmo

@@ -287,6 +287,9 @@ void StockPopup::buildMenu()
     QAction* description =
         addCommand(menu_, LocalizedText(bundle_, "StockPopup Description..."), kStockCommandDescription, 0);
     connect(description, &QAction::triggered, this, [this] { applyCommand(kStockCommandDescription, 0); });
+    QAction* advanced = addCommand(menu_, LocalizedText(bundle_, "StockPopup Advanced..."), kStockCommandAdvanced, 0);
+    advanced->setEnabled(static_cast<bool>(dialogs_.advanced));
+    connect(advanced, &QAction::triggered, this, [this] { applyCommand(kStockCommandAdvanced, 0); });
     QAction* reset = addCommand(menu_, LocalizedText(bundle_, "StockPopup Default"), kStockCommandDefault, 0);
     connect(reset, &QAction::triggered, this, [this] { applyCommand(kStockCommandDefault, 0); });
     updateChecks();
