@@ -16,7 +16,9 @@
 #include <QSpinBox>
 #include <QTimer>
 
+#include <algorithm>
 #include <filesystem>
+#include <fstream>
 
 #include <unistd.h>
 
@@ -166,6 +168,22 @@ TEST_F(BookletWatermarkPanel, TheChosenWatermarkReachesTheTicketAndItsFontTheFil
     std::string program;
     ASSERT_TRUE(loadFontData(kWatermarksFile, "ArialMT", program));
     EXPECT_NE(program.find("/FontType 42"), std::string::npos);
+    // Ghostscript draws the watermark with the stored subset as with the whole font file.
+    const auto font = findFontByPostScriptName("ArialMT");
+    ASSERT_TRUE(font);
+    auto draw = [this](const std::string& fontSetup) {
+        const std::string out = home_ + "/drawn.pgm";
+        const std::string gs = "gs -q -dNOSAFER -dBATCH -dNOPAUSE -sDEVICE=pgmraw -r72 -g420x60 -sOutputFile=" + out +
+                               " " + fontSetup +
+                               " findfont 40 scalefont setfont 5 15 moveto (CONFIDENTIAL) show showpage\"";
+        EXPECT_EQ(std::system(gs.c_str()), 0);
+        std::ifstream in(out, std::ios::binary);
+        return std::string{std::istreambuf_iterator<char>(in), {}};
+    };
+    std::ofstream(home_ + "/stored.t42") << program;
+    const std::string stored = draw(home_ + "/stored.t42 -c \"/TL-ArialMT-TL");
+    EXPECT_GT(std::count_if(stored.begin(), stored.end(), [](char v) { return uint8_t(v) < 128; }), 500);
+    EXPECT_EQ(stored, draw("-c \"(" + font->path + ") (r) file .loadfont /" + font->postScriptName));
 
     // A reload checks the rows it shows; "None" then removes all three keys.
     ops_.Sync(context_, &session_, true);
