@@ -283,6 +283,36 @@ TEST_F(BookletWatermarkPanel, TheEditorAddsRenamesAndDeletesWatermarks)
     ASSERT_EQ(loadWatermarkList(kWatermarksFile), 3u);
 }
 
+// The preview shows the page centred at the paper's proportions: the text an inch right of its
+// centre, in the well colour at a quarter of its strength.
+TEST_F(BookletWatermarkPanel, PreviewPlacesTheTextByItsOffsetAndDensity)
+{
+    _WatermarkData r;
+    r.isText = 1;
+    setWatermarkText(r.textString, "HI");
+    setWatermarkText(r.fontName, "DejaVuSans");
+    std::tie(r.fontSize, r.angle, r.density, r.xOffset) = std::tuple(144, 0, 25, 1.0f);
+    r.wellColor = {0, 0, 0, 1};
+    r.fontColor = {1, 0, 0, 1}; // never the ink
+    ASSERT_TRUE(saveWatermarkData(kWatermarksFile, r));
+    ASSERT_TRUE(saveWatermarkList(kWatermarksFile, {"HI"}));
+    open();
+    choose("HI");
+    const QImage page = control<QLabel>(2)->pixmap().toImage();
+    const double scale = std::min(page.width() / 612.0, page.height() / 792.0);
+    int left = page.width(), right = -1, top = page.height(), bottom = -1, darkest = 255;
+    for (int y = 0; y < page.height(); ++y)
+        for (int x = 0; x < page.width(); ++x)
+            if (const int grey = qGray(page.pixel(x, y)); grey < 250) {
+                std::tie(left, right, top, bottom) =
+                    std::tuple(std::min(left, x), std::max(right, x), std::min(top, y), std::max(bottom, y));
+                darkest = std::min(darkest, grey);
+            }
+    EXPECT_NEAR((left + right + 1) / 2.0, page.width() / 2.0 + 72 * scale, 1.5);
+    EXPECT_NEAR((top + bottom + 1) / 2.0, page.height() / 2.0, 1.5);
+    EXPECT_EQ(darkest, 191) << "black at a quarter over white";
+}
+
 TEST(BookletWatermarkPreview, ThePageIsTheJobStocksSize)
 {
     struct {
