@@ -267,28 +267,17 @@ TEST_F(HostRuns, EveryPanelScreenshotShowsTheDialog)
     EXPECT_EQ(pictures.size(), 6u) << "the chooser did not switch panels";
 }
 
-// A command goes as its control in view would send it; the modal dialog it opens is saved (not
-// the print dialog, which is taller) and closed, so the run ends.
+// A command's modal dialog is saved (not the taller print dialog) and closed, so the run ends.
 TEST_F(HostRuns, ACommandSavesTheModalDialogItOpens)
 {
-    const std::string png = dir_ + "/modal.png";
     const std::tuple<const char*, const char*, const char*> rows[] = {
-        {"6", "Abou", ""},
-        {"5", "TWmN", ""},
-        {"6", "TPex", ""},
-        {"5", "TWmE", "no control in view carries the command \"TWmE\""}, // no watermark chosen
-        {"5", "Abou", "no control in view carries the command \"Abou\""},
-        {"1", "help", "the command \"help\" opened no dialog"},
-        {"1", "Abo", "--command takes four characters"},
-    };
+        {"6", "Abou", ""}, {"5", "TWmN", ""}, {"5", "TWmE", "no control in view"}, {"1", "help", "opened no dialog"}};
     for (const auto& [panel, command, error] : rows) {
-        SCOPED_TRACE(command);
-        fs::remove(png);
+        const std::string png = dir_ + "/" + command + ".png";
         Outcome r = run(TALMO_PRINT, {"--panel", panel, "--command", command, "--screenshot", png});
-        EXPECT_EQ(r.status == 0, !*error) << r.err;
-        EXPECT_NE(r.err.find(error), std::string::npos) << r.err;
+        EXPECT_NE(r.err.find(error), std::string::npos) << command << ": " << r.err;
         const QImage image(QString::fromStdString(png));
-        EXPECT_EQ(!image.isNull() && image.width() > 150 && image.height() < 500, !*error);
+        EXPECT_EQ(r.status == 0 && !image.isNull() && image.height() < 500, !*error) << command;
     }
 }
 
