@@ -19,14 +19,16 @@ namespace {
 constexpr char kMakeAndModelKey[] = "com.apple.print.PrinterInfo.PMMakeAndModelName";
 QString text(const Bundle& bundle, const char* key, FormatArgs args = {}) { return LocalizedText(bundle, key, args); }
 
-// The printer's own web page: what its CUPS queue says, else what it told the paper list fetch.
-// Only a web address is opened; a printer decides what it sends.
+// The printer's own web page: what the printer told the paper list fetch, else what its CUPS
+// queue says (the queue's page on the print server, which at least links to the printer). Only a
+// web address is opened; a printer decides what it sends.
 QUrl printerPage(const PrintSession& session)
 {
-    std::string page = session.printer().moreInfoURI;
+    std::string page;
+    if (auto host = PrinterHostFromDeviceURI(session.printer().deviceURI))
+        page = PrinterMoreInfoURI(*host).value_or("");
     if (page.empty())
-        if (auto host = PrinterHostFromDeviceURI(session.printer().deviceURI))
-            page = PrinterMoreInfoURI(*host).value_or("");
+        page = session.printer().moreInfoURI;
     const QUrl url(QString::fromStdString(page), QUrl::StrictMode);
     const bool web = url.scheme() == QLatin1String("http") || url.scheme() == QLatin1String("https");
     return url.isValid() && web && !url.host().isEmpty() ? url : QUrl();
