@@ -162,20 +162,17 @@ void buildMenu(BookletWatermarkContext* c)
             }
             continue;
         }
-        QAction* action = menu->addAction(QString::fromStdString(item.label));
+        const QString label = QString::fromStdString(item.label);
+        const bool edits =
+            item.reference == kNewReference || item.reference == kEditReference || item.reference == kDeleteReference;
+        // "New...", "Edit..." and "Delete" send their commands to the window's handler.
+        QAction* action = edits ? CommandAction(label, item.command, c->watermark->window()) : new QAction(label);
+        action->setParent(menu); // goes with the menu
+        menu->addAction(action);
         const bool chooses = item.command == kWatermarkNameCommand || item.command == FourCC("TWmX");
         action->setCheckable(chooses);
         action->setChecked(marks.items[i]);
         if (!chooses) {
-            // "New...", "Edit..." and "Delete" send their commands to the window's handler.
-            if (item.reference == kNewReference || item.reference == kEditReference ||
-                item.reference == kDeleteReference) {
-                menu->removeAction(action);
-                delete action;
-                action = CommandAction(QString::fromStdString(item.label), item.command, c->watermark->window());
-                action->setParent(menu); // goes with the menu
-                menu->addAction(action);
-            }
             if (item.reference == kEditReference || item.reference == kDeleteReference)
                 action->setEnabled(!c->settings.watermark.empty());
             continue;
