@@ -20,7 +20,7 @@ namespace {
 
 constexpr char kTRCHistory[] = "TRCInputHistory"; // shared with the Image Options panel
 constexpr int32_t kTRCHistoryLimit = 10;
-constexpr int32_t kMaxInsertSheets = 999;
+constexpr int32_t kMaxInsertSheets = 99999;
 
 // Keeps only the characters a page list is made of; anything else typed or pasted is dropped.
 class PageListFilter final : public QValidator {
@@ -341,16 +341,28 @@ struct ExceptionsDialog {
     QPushButton* shiftSetup = nullptr;
     StockView stockView;
     ExceptionsDialogInput input;
+    // What each pop-up showed: a value the pop-up does not offer (an imported one) shows as
+    // "use job setting" and is kept unless the user chooses another item.
+    int32_t shown[4] = {};
 };
+
+QComboBox* popupAt(ExceptionsDialog& d, int i)
+{
+    QComboBox* popups[] = {d.plex, d.outputColor, d.halftone, d.antialiasing};
+    return popups[i];
+}
+
+using ExceptionSetter = void (ExceptionPage::*)(int32_t);
+constexpr ExceptionSetter kPopupSetters[] = {&ExceptionPage::setPlex, &ExceptionPage::setOutputColor,
+                                             &ExceptionPage::setHalftoneScreen, &ExceptionPage::setAntialiasing};
 
 // The pop-ups and the TRC box into the working record; a TRC map row means the job's curve.
 void readExceptions(ExceptionsDialog& d)
 {
     ExceptionPage& w = d.input.working;
-    w.setPlex(GetPopupButtonTicketValue(d.plex));
-    w.setOutputColor(GetPopupButtonTicketValue(d.outputColor));
-    w.setHalftoneScreen(GetPopupButtonTicketValue(d.halftone));
-    w.setAntialiasing(GetPopupButtonTicketValue(d.antialiasing));
+    for (int i = 0; i < 4; ++i)
+        if (const int32_t value = GetPopupButtonTicketValue(popupAt(d, i)); value != d.shown[i])
+            (w.*kPopupSetters[i])(value);
     d.input.pageText = d.pages->text().toStdString();
     const HistoryComboBox::Value trc = d.trc->value();
     const QString* name = std::get_if<QString>(&trc);
@@ -373,10 +385,11 @@ void showExceptions(ExceptionsDialog& d)
 {
     const ExceptionPage& w = d.input.working;
     d.pages->setText(QString::fromStdString(d.input.pageText));
-    showPopup(d.plex, w.plex());
-    showPopup(d.outputColor, w.outputColor());
-    showPopup(d.halftone, w.halftoneScreen());
-    showPopup(d.antialiasing, w.antialiasing());
+    const int32_t values[] = {w.plex(), w.outputColor(), w.halftoneScreen(), w.antialiasing()};
+    for (int i = 0; i < 4; ++i) {
+        showPopup(popupAt(d, i), values[i]);
+        d.shown[i] = GetPopupButtonTicketValue(popupAt(d, i));
+    }
     FullColorOptions::Name trc;
     w.colorOptions().trc(&trc);
     if (trc) {
