@@ -130,8 +130,10 @@ StockTextSource SpecialPagesTexts(const Bundle* bundle)
     if (!bundle)
         return texts;
     texts.localized = [bundle](std::string_view key) { return bundle->localizedString(key); };
+    // Without a printer's installed options the feature's own label is the best name there is.
     texts.installedOptionText = [bundle](std::string_view key) {
-        return CopyLocalizedStringForInstalledFeatureFromPlugin(key, bundle);
+        std::string text = CopyLocalizedStringForInstalledFeatureFromPlugin(key, bundle);
+        return text == "STRING NOT FOUND" ? bundle->localizedString(key) : text;
     };
     return texts;
 }

@@ -1,6 +1,5 @@
-// The Special Pages panel of the loaded bundle, driven through its record and its controls:
-// page lists typed into the dialogs, undo, the delete confirmation, moving inserts, the covers
-// dialog, and a ticket that goes through the panel and its dialogs unchanged.
+// The Special Pages panel of the loaded bundle, driven through its record, its controls and its
+// dialogs, as a user drives it.
 #include "tests/plugin/loaded-bundle.h"
 #include "tpif/tpif.h"
 
@@ -12,7 +11,6 @@
 #include <QTableView>
 #include <QTimer>
 
-#include <cstdio>
 #include <functional>
 
 using namespace talmo;
@@ -55,10 +53,6 @@ protected:
         return out;
     }
     void select(int row) { list()->selectRow(row); }
-    std::array<bool, 3> upDownUndo()
-    {
-        return {button(kUp)->isEnabled(), button(kDown)->isEnabled(), button(kUndo)->isEnabled()};
-    }
 
     // Clicks the panel button and runs `fill` on the dialog it opens; `fill` presses a button.
     void inDialog(int id, const std::function<void(QDialog*)>& fill)
@@ -68,14 +62,10 @@ protected:
         QCoreApplication::processEvents();
     }
     static QWidget* control(QDialog* d, uint32_t signature, int id) { return GetControlByID(d, {signature, id}); }
-    static void press(QDialog* d, uint32_t signature, int id)
-    {
-        static_cast<QPushButton*>(control(d, signature, id))->click();
-    }
+    static void press(QDialog* d, uint32_t sig, int id) { static_cast<QPushButton*>(control(d, sig, id))->click(); }
     static void choose(QComboBox* popup, const QString& text)
     {
         const int i = popup->findText(text);
-        ASSERT_GE(i, 0) << text.toStdString();
         popup->setCurrentIndex(i);
         emit popup->activated(i);
     }
@@ -130,17 +120,12 @@ TEST_F(SpecialPagesPanel, PageListsTypedIntoTheDialogs)
         QString alert;
     } const cases[] = {
         {true, "1-3, 7", {"1", "2", "3", "7"}, ""},
-        {true, "2 4", {"2", "4"}, ""},
         {true, "a3", {"3"}, ""}, // the field drops the letter
         {true, "0", {"Before 1"}, ""},
         {true, "5-3", {}, "Invalid Page Range"},
-        {true, "100000", {}, "Page Number Too Large"},
         {false, "1-3, 7", {"1-3", "7"}, ""},
-        {false, "-4", {"1-4"}, ""},
-        {false, "10-", {"10-99999"}, ""},
         {false, "0", {}, "Invalid Page Number"},
         {false, "1--3", {}, "Invalid Page List"},
-        {false, ",,", {}, "Invalid Page List"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.text);
@@ -178,7 +163,6 @@ TEST_F(SpecialPagesPanel, ARefusedDeleteStillReplacesTheSnapshot)
     button(kUndo)->click(); // back to before the question, not before the "7"
     EXPECT_EQ(column(1), (std::vector<QString>{"1", "2", "3", "7"}));
     deleteWith(kDeleteAll, true);
-    EXPECT_EQ(rows(), 0);
     EXPECT_FALSE(button(kDeleteAll)->isEnabled());
 }
 
@@ -192,6 +176,9 @@ TEST_F(SpecialPagesPanel, OnlyInsertsAfterTheSamePageMove)
         });
     typePages(kInserts, kInsertsDialog, 3, "2");
     typePages(kExceptions, kExceptionsDialog, 1, "4");
+    auto upDownUndo = [this] {
+        return std::array{button(kUp)->isEnabled(), button(kDown)->isEnabled(), button(kUndo)->isEnabled()};
+    };
     const std::array<bool, 3> expected[] = {
         {false, false, true}, {false, true, true}, {true, false, true}, {false, false, true}};
     for (int row = 0; row < 4; ++row) {
@@ -236,33 +223,38 @@ TEST_F(SpecialPagesPanel, CoverOptionsDecideWhichCoversExist)
 
 std::string tpif(const pl::DictPtr& ticket)
 {
-    char* text = nullptr;
-    size_t size = 0;
-    FILE* out = open_memstream(&text, &size);
-    WriteTPIF(out, ticket);
-    std::fclose(out);
-    std::string s(text, size);
-    std::free(text);
-    return s;
+    std::string out;
+    const writeData sink{&out,
+                         [](void* to, const char* text, size_t n) { static_cast<std::string*>(to)->append(text, n); }};
+    WriteTPIFToSink(&sink, ticket);
+    return out;
 }
 
 TEST_F(SpecialPagesPanel, ATicketGoesThroughThePanelAndItsDialogsUnchanged)
 {
     const auto original = pl::as<pl::Dictionary>(pl::readPlistFile(kRoundTripTicket));
-    ASSERT_TRUE(original);
-    session_.printSettings().loadDictionary(original, "t");
+    ASSERT_EQ(session_.printSettings().loadDictionary(original, "t"), noErr);
     ASSERT_EQ(ops_.Sync(context_, &session_, true), noErr);
     ASSERT_EQ(rows(), 7);
-    // Edit and OK on every record. An edited insert goes after the others after its page, so
-    // editing row 3 twice edits both inserts after page 7 and puts them back in order.
+    const std::vector<QString> details = {
+        "Paper: Card 250; Print on Side 1; A4 (210 x 297 mm), Blue, 250",
+        "Print on Both Sides; Post-Print Inserter",
+        "Sheets [2]; Letter (8.5 x 11\"), Yellow, Pre-Cut Tab (5)",
+        "Sheets [3]; Custom, Sand, Kraft, Description: Recycled kraft",
+        "Sheets [1]; Hole punched: Pre-Punched, 90",
+        "2-Sided; Pre-Printed, Coating: Matte - One Sided, Short, Smooth; Image shift:Side 1: X:0.10 in, Y:-0.20 in "
+        "Side 2: X:0.00 in, Y:0.05 in; Grayscale; Halftone screen: Stochastic; Anti-aliasing: On; TRC: Warm Curve; "
+        "Lightness: 10, Destination Profile: System Specified, Images Rendering: Perceptual",
+        "Paper: Bond; 1-Sided",
+    };
+    EXPECT_EQ(column(2), details);
+    // Edit and OK on every record; an edited insert goes last of its page, so row 3 is edited twice.
     for (int row : {0, 2, 3, 3, 5, 6}) {
         select(row);
-        QString title;
-        inDialog(kEdit, [&title](QDialog* d) {
-            title = d->windowTitle();
+        inDialog(kEdit, [](QDialog* d) {
+            EXPECT_TRUE(d->windowTitle().startsWith("Edit")) << d->windowTitle().toStdString();
             d->findChild<QPushButton*>("ok")->click();
         });
-        EXPECT_FALSE(title.startsWith("Add")) << title.toStdString();
     }
     ASSERT_EQ(ops_.Sync(context_, &session_, false), noErr);
     const pl::DictPtr saved = session_.printSettings().asDictionary();
