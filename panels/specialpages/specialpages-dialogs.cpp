@@ -242,8 +242,8 @@ struct InsertsDialog {
     QLineEdit* pages = nullptr;
     SpinControl* quantity = nullptr;
     StockView stockView;
+    PageListFilter* filter = nullptr; // off while the field shows the fixed text, which it would cut
     InsertsDialogInput input;
-    QString typedPages; // the field's text while "before page 1" shows its fixed text
 };
 
 void readInserts(InsertsDialog& d)
@@ -259,6 +259,7 @@ void showInserts(InsertsDialog& d)
     const bool before = d.input.placement == kInsertBeforePage1;
     showPopup(d.placement, d.input.placement);
     QSignalBlocker block(d.pages);
+    d.pages->setValidator(before ? nullptr : d.filter);
     d.pages->setText(before ? LocalizedText(*d.bundle, kInsertBeforePage1TextKey)
                             : QString::fromStdString(d.input.pageText));
     d.pages->setEnabled(!before);
@@ -292,7 +293,7 @@ OSStatus RunModalInsertsDialog(const Bundle& bundle, DialogMode mode, SpecialPag
         return kPMNoContext;
     PopulatePopupButtonFromMap(bundle, d.placement, _InsertOptionMap, kJobContextInserts, 0);
     d.quantity->setRange(1, kMaxInsertSheets);
-    d.pages->setValidator(new PageListFilter(d.pages));
+    d.filter = new PageListFilter(d.pages);
 
     d.input = InsertsDialogDefaults();
     if (edited) {
