@@ -1,8 +1,9 @@
 #include "panels/specialpages/specialpages-dialogs.h"
 
-#include "device/device.h"
 #include "panels/dialogs/full-color-dialog.h"
 #include "panels/dialogs/image-shift-dialog.h"
+#include "panels/dialogs/stock-dialogs.h"
+#include "panels/dialogs/stock-popup.h"
 #include "toolkit/toolkit.h"
 
 #include <QApplication>
@@ -13,6 +14,8 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QValidator>
+
+#include <functional>
 
 namespace talmo::specialpages {
 
@@ -93,27 +96,19 @@ void finishOK(const Bundle& bundle, DialogFrame& frame, OSStatus status, QLineEd
 
 OSStatus runDialog(QDialog* dialog) { return dialog->exec() == QDialog::Accepted ? noErr : userCanceledErr; }
 
-// The paper of one record: a summary of the stock, in the record's context.
-struct StockView {
-    StaticTextControl* summary = nullptr;
-    StockTextSource texts;
-    JobContext context = kJobContextInserts;
-
-    void show(const Stock& stock) const
-    {
-        std::string text;
-        ShowStockSummary(&texts, &text, &stock, context);
-        summary->setText(QString::fromStdString(text));
-    }
-};
-
-bool findStockView(QWidget* dialog, uint32_t signature, int32_t summaryID, const Bundle& bundle, JobContext context,
-                   StockView* view)
+// The paper of one record: the stock pop-up in the record's context, with the job's paper as
+// its reference; every change of the pop-up's stock goes to `apply`.
+StockPopup* findStockPopup(QWidget* dialog, ControlID id, const Bundle& bundle, JobContext context,
+                           const SpecialPagesState& state, std::function<void(const Stock&)> apply)
 {
-    view->summary = AdoptControl<StaticTextControl>(dialog, {signature, summaryID});
-    view->texts = SpecialPagesTexts(&bundle);
-    view->context = context;
-    return view->summary != nullptr;
+    StockPopup* popup = AdoptStockPopup(dialog, id, bundle, context);
+    if (!popup)
+        return nullptr;
+    popup->setDialogs(MakeStockCommandDialogs(dialog, bundle, nullptr, context));
+    popup->setReferenceStock(state.jobStock.get());
+    QObject::connect(popup, &StockPopup::stockChanged, dialog,
+                     [popup, apply = std::move(apply)] { apply(popup->stock()); });
+    return popup;
 }
 
 void showPopup(QComboBox* popup, int32_t value)
@@ -126,16 +121,7 @@ void showPopup(QComboBox* popup, int32_t value)
 
 StockTextSource SpecialPagesTexts(const Bundle* bundle)
 {
-    StockTextSource texts;
-    if (!bundle)
-        return texts;
-    texts.localized = [bundle](std::string_view key) { return bundle->localizedString(key); };
-    // Without a printer's installed options the feature's own label is the best name there is.
-    texts.installedOptionText = [bundle](std::string_view key) {
-        std::string text = CopyLocalizedStringForInstalledFeatureFromPlugin(key, bundle);
-        return text == "STRING NOT FOUND" ? bundle->localizedString(key) : text;
-    };
-    return texts;
+    return bundle ? MakeStockTextSource(*bundle) : StockTextSource{};
 }
 
 void SpecialPagesUserNotification(OSStatus code, const Bundle& bundle, QWidget* parent)
@@ -158,7 +144,7 @@ struct CoversDialog {
     QComboBox* option = nullptr;
     QComboBox* printing[2] = {};
     QWidget* group[2] = {};
-    StockView stock[2];
+    StockPopup* stock[2] = {};
     std::unique_ptr<Cover> working[2]; // front, back
 };
 
@@ -174,7 +160,7 @@ void showCovers(CoversDialog& d)
     for (int i = 0; i < 2; ++i) {
         const Cover& shown = i == 0 ? *d.working[0] : back;
         showPopup(d.printing[i], shown.sidesImaged());
-        d.stock[i].show(shown.stock());
+        d.stock[i]->setStock(shown.stock());
     }
 }
 
@@ -202,7 +188,11 @@ OSStatus RunModalCoversDialog(const Bundle& bundle, DialogMode mode, SpecialPage
         d.printing[i] = GetControlByID<QComboBox>(dialog, {kCoversSignature, 2 + i * 3});
         d.group[i] = GetControlByID(dialog, {kCoversSignature, 3 + i * 3});
         if (!d.printing[i] || !d.group[i] ||
-            !findStockView(dialog, kCoversSignature, 4 + i * 3, bundle, kJobContextCovers, &d.stock[i]))
+            !(d.stock[i] = findStockPopup(dialog, {kCoversSignature, 4 + i * 3}, bundle, kJobContextCovers, *state,
+                                          [&d, i](const Stock& stock) {
+                                              d.working[i]->stock() = stock;
+                                              showCovers(d);
+                                          })))
             return kPMNoContext;
         PopulatePopupButtonFromMap(bundle, d.printing[i], _CoverSidesImagedMap, kJobContextCovers, 0);
     }
@@ -241,7 +231,7 @@ struct InsertsDialog {
     QLabel* pagesLabel = nullptr;
     QLineEdit* pages = nullptr;
     SpinControl* quantity = nullptr;
-    StockView stockView;
+    StockPopup* stock = nullptr;
     PageListFilter* filter = nullptr; // off while the field shows the fixed text, which it would cut
     InsertsDialogInput input;
 };
@@ -265,7 +255,7 @@ void showInserts(InsertsDialog& d)
     d.pages->setEnabled(!before);
     d.pagesLabel->setEnabled(!before);
     d.quantity->setValue(d.input.quantity);
-    d.stockView.show(d.input.stock);
+    d.stock->setStock(d.input.stock);
     d.frame.ok->setEnabled(InsertsDialogCanAccept(d.input));
 }
 
@@ -289,7 +279,8 @@ OSStatus RunModalInsertsDialog(const Bundle& bundle, DialogMode mode, SpecialPag
     d.pages = GetControlByID<QLineEdit>(dialog, {kInsertsSignature, 3});
     d.quantity = AdoptControl<SpinControl>(dialog, {kInsertsSignature, 4});
     if (!d.placement || !d.pagesLabel || !d.pages || !d.quantity ||
-        !findStockView(dialog, kInsertsSignature, 5, bundle, kJobContextInserts, &d.stockView))
+        !(d.stock = findStockPopup(dialog, {kInsertsSignature, 5}, bundle, kJobContextInserts, *state,
+                                   [&d](const Stock& stock) { d.input.stock = stock; })))
         return kPMNoContext;
     PopulatePopupButtonFromMap(bundle, d.placement, _InsertOptionMap, kJobContextInserts, 0);
     d.quantity->setRange(1, kMaxInsertSheets);
@@ -342,7 +333,8 @@ struct ExceptionsDialog {
     QPushButton* colorSetup = nullptr;
     StaticTextControl* shiftSummary = nullptr;
     QPushButton* shiftSetup = nullptr;
-    StockView stockView;
+    StockPopup* stock = nullptr;
+    LabelLookup localized;
     ExceptionsDialogInput input;
     // What each pop-up showed: a value the pop-up does not offer (an imported one) shows as
     // "use job setting" and is kept unless the user chooses another item.
@@ -375,13 +367,13 @@ void readExceptions(ExceptionsDialog& d)
 
 void showSummaries(ExceptionsDialog& d)
 {
-    const LabelLookup localize = d.stockView.texts.localized;
+    const LabelLookup& localize = d.localized;
     std::string color;
     ShowFullColorSummary(d.input.working.colorOptions(), kJobContextExceptions, localize, &color);
     d.colorSummary->setText(QString::fromStdString(color));
     d.shiftSummary->setText(QString::fromStdString(
         GenerateImageShiftSummary(*d.input.working.imageShift(), kJobContextExceptions, localize)));
-    d.stockView.show(d.input.working.stock());
+    d.stock->setStock(d.input.working.stock());
 }
 
 void showExceptions(ExceptionsDialog& d)
@@ -439,12 +431,14 @@ OSStatus RunModalExceptionsDialog(const Bundle& bundle, DialogMode mode, Special
     d.shiftSetup = GetControlByID<QPushButton>(dialog, id(10));
     if (!d.pages || !d.plex || !d.outputColor || !d.halftone || !d.antialiasing || !d.trc || !d.colorSummary ||
         !d.colorSetup || !d.shiftSummary || !d.shiftSetup ||
-        !findStockView(dialog, kExceptionsSignature, 11, bundle, kJobContextExceptions, &d.stockView))
+        !(d.stock = findStockPopup(dialog, {kExceptionsSignature, 11}, bundle, kJobContextExceptions, *state,
+                                   [&d](const Stock& stock) { d.input.working.stock() = stock; })))
         return kPMNoContext;
     PopulatePopupButtonFromMap(bundle, d.plex, _PlexMap, kJobContextExceptions, 0);
     PopulatePopupButtonFromMap(bundle, d.outputColor, _OutputColorMap, kJobContextExceptions, 0);
     PopulatePopupButtonFromMap(bundle, d.halftone, _HalftoneScreenMap, kJobContextExceptions, 0);
     PopulatePopupButtonFromMap(bundle, d.antialiasing, _AntialiasingMap, kJobContextExceptions, 0);
+    d.localized = [&bundle](std::string_view key) { return bundle.localizedString(key); };
     d.trc->populate(bundle, _TRCMap, kJobContextExceptions, kTRCHistory, kTRCHistoryLimit, 1);
     d.pages->setValidator(new PageListFilter(d.pages));
 
