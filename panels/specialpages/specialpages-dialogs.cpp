@@ -236,6 +236,13 @@ struct InsertsDialog {
     InsertsDialogInput input;
 };
 
+void enableInsertsOK(InsertsDialog& d)
+{
+    const bool on = InsertsDialogCanAccept(d.input);
+    d.frame.ok->setEnabled(on);
+    d.frame.ok->setToolTip(on ? QString() : LocalizedText(*d.bundle, "InsertsOKOffTip"));
+}
+
 void readInserts(InsertsDialog& d)
 {
     d.input.placement = GetPopupButtonTicketValue(d.placement);
@@ -256,7 +263,7 @@ void showInserts(InsertsDialog& d)
     d.pagesLabel->setEnabled(!before);
     d.quantity->setValue(d.input.quantity);
     d.stock->setStock(d.input.stock);
-    d.frame.ok->setEnabled(InsertsDialogCanAccept(d.input));
+    enableInsertsOK(d);
 }
 
 } // namespace
@@ -302,7 +309,7 @@ OSStatus RunModalInsertsDialog(const Bundle& bundle, DialogMode mode, SpecialPag
     });
     QObject::connect(d.pages, &QLineEdit::textChanged, dialog, [&d](const QString& text) {
         d.input.pageText = text.toStdString();
-        d.frame.ok->setEnabled(InsertsDialogCanAccept(d.input));
+        enableInsertsOK(d);
     });
     QObject::connect(d.frame.revert, &QPushButton::clicked, dialog, [&d] {
         d.input = InsertsDialogDefaults();

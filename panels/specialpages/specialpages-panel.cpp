@@ -72,14 +72,25 @@ void UpdateSpecialPagesCommandButtons(SpecialPagesContext* c)
 {
     const std::vector<long> rows = selectedRows(c);
     const CommandState state = specialpages::UpdateSpecialPagesCommandButtons(c->state, std::span<const long>(rows));
-    const std::pair<Command, bool> enabling[] = {
-        {kEditCommand, state.edit},     {kDeleteCommand, state.remove},     {kDeleteAllCommand, state.removeAll},
-        {kMoveUpCommand, state.moveUp}, {kMoveDownCommand, state.moveDown}, {kUndoCommand, state.undo},
-        {kAddCoversCommand, true},      {kAddInsertsCommand, true},         {kAddExceptionsCommand, true},
+    // A disabled command says why in its tool tip.
+    const struct {
+        Command command;
+        bool on;
+        const char* whyOff;
+    } enabling[] = {
+        {kEditCommand, state.edit, "SpecialPagesEditOffTip"},
+        {kDeleteCommand, state.remove, "SpecialPagesDeleteOffTip"},
+        {kDeleteAllCommand, state.removeAll, "SpecialPagesDeleteAllOffTip"},
+        {kMoveUpCommand, state.moveUp, "SpecialPagesMoveUpOffTip"},
+        {kMoveDownCommand, state.moveDown, "SpecialPagesMoveDownOffTip"},
+        {kUndoCommand, state.undo, "SpecialPagesUndoOffTip"},
     };
-    for (const auto& [command, on] : enabling)
-        if (QPushButton* b = c->button(command))
-            b->setEnabled(on);
+    const Bundle* bundle = ExtensionBundle();
+    for (const auto& e : enabling)
+        if (QPushButton* b = c->button(e.command)) {
+            b->setEnabled(e.on);
+            b->setToolTip(e.on || !bundle ? QString() : LocalizedText(*bundle, e.whyOff));
+        }
 }
 
 // The state changed: the list asks again, `select` (a row, or -1) is selected and shown.
