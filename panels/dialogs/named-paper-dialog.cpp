@@ -95,10 +95,20 @@ bool RunModalPaperEditor(QWidget* parent, const Bundle& bundle, Stock& stock)
         if (!popups[i])
             return false;
         PopulatePopupButtonFromMap(bundle, popups[i], kEditorPopups[i].map, kJobContextJob, 0);
+        popups[i]->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
         // A value the menu lacks (a custom size, a printer's type) shows no row and stays.
         if (!SetPopupButtonToTicketValue(popups[i], (stock.*kEditorPopups[i].get)()))
             popups[i]->setCurrentIndex(-1);
     }
+    // The coating type matters only on a coated paper.
+    QComboBox* sides = popups[4];
+    QComboBox* coating = popups[5];
+    auto enableCoating = [sides, coating] {
+        const int32_t v = GetPopupButtonTicketValue(sides);
+        coating->setEnabled(v == 2 || v == 3);
+    };
+    enableCoating();
+    QObject::connect(sides, &QComboBox::currentIndexChanged, d, enableCoating);
     name->setText(QString::fromStdString(stock.customName().value_or("")));
     nameOnly->setChecked(stock.customNameOnly());
     weight->setSpecialValueText(LocalizedText(bundle, "PrinterDefault"));
@@ -270,6 +280,15 @@ private:
         table_->verticalHeader()->setDefaultSectionSize(table_->fontMetrics().height() + 6);
         table_->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Fixed);
         table_->setColumnWidth(0, 24);
+        // Starting widths from the titles and a typical cell; stored widths replace them.
+        static constexpr std::array<int, 13> kTypicalChars = {0, 18, 16, 9, 10, 8, 10, 12, 10, 12, 8, 18, 18};
+        const QFontMetrics header = table_->horizontalHeader()->fontMetrics();
+        for (int i = 1; i < int(kTypicalChars.size()); ++i) {
+            const int title =
+                header.horizontalAdvance(model_->headerData(i, Qt::Horizontal, Qt::DisplayRole).toString()) + 28;
+            table_->setColumnWidth(i, std::max(title, table_->fontMetrics().averageCharWidth() * kTypicalChars[i]));
+        }
+        dialog_->resize(dialog_->sizeHint().expandedTo(QSize(780, 460)));
         table_->horizontalHeader()->setSortIndicator(1, Qt::AscendingOrder);
         table_->setIconSize(QSize(16, 16));
         listPopup_->addItem(LocalizedText(bundle_, "My Paper List"));

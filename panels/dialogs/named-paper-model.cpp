@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <span>
 
 namespace talmo {
 
@@ -31,6 +32,20 @@ constexpr int32_t kTypeOrdered = 6;
 constexpr int32_t kTypePrecutTab = 4;
 constexpr int32_t kTypeCustom = 7;
 constexpr int32_t kColorCustom = 10;
+constexpr int32_t kSidesCoatedOneSide = 2;
+constexpr int32_t kSidesCoatedBothSides = 3;
+
+// Codes that a printer's list brings (from its IPP keywords) that the menu tables have no row for.
+constexpr int32_t kFirstPrinterCustom = 15, kLastPrinterCustom = 21;
+struct ExtraText {
+    int32_t code;
+    const char* key;
+};
+constexpr ExtraText kExtraTypes[] = {{13, "NamedPaperTypeBond"},
+                                     {14, "NamedPaperTypeLetterhead"},
+                                     {22, "NamedPaperOther"},
+                                     {24, "NamedPaperTypeTabStock"}};
+constexpr ExtraText kExtraColors[] = {{14, "NamedPaperOther"}};
 
 QString text(const Stock::Text& t) { return t ? QString::fromStdString(*t) : QString(); }
 
@@ -146,8 +161,19 @@ QString NamedPaperTableModel::mapText(const SettingMap* map, int32_t value) cons
 {
     if (value == kNotSet)
         return {};
-    const char* key = LocalizedKeyForTicketValue(map, value);
-    return key ? localized(key) : QString::number(value);
+    // An exact row only: the map search falls back to a "Custom..." or first row.
+    for (const SettingMap* row = map; row->key; ++row)
+        if (row->ticketValue == value)
+            return localized(row->key);
+    const bool typeOrColor = map == _CompleteStockTypeMap || map == _CompleteStockColorMap;
+    if (typeOrColor && value >= kFirstPrinterCustom && value <= kLastPrinterCustom)
+        return LocalizedText(*bundle_, "NamedPaperCustomN", {value - kFirstPrinterCustom + 1});
+    if (typeOrColor)
+        for (const ExtraText& e : map == _CompleteStockTypeMap ? std::span<const ExtraText>(kExtraTypes)
+                                                               : std::span<const ExtraText>(kExtraColors))
+            if (e.code == value)
+                return localized(e.key);
+    return QString::number(value);
 }
 
 std::array<QString, 13> NamedPaperTableModel::cellsOf(const StockLibrary& e) const
@@ -183,7 +209,9 @@ std::array<QString, 13> NamedPaperTableModel::cellsOf(const StockLibrary& e) con
         cells[5] = FormatLocalized("%d %@", {s.weight(), localized("gsm")});
     cells[6] = mapText(_StockPunchedMap, s.punched());
     cells[7] = mapText(_SidesCoatedMap, s.sidesCoated());
-    cells[8] = mapText(_CoatingTypeMap, s.coatingType());
+    // The coating type means something only on a coated paper (it defaults to gloss).
+    if (s.sidesCoated() == kSidesCoatedOneSide || s.sidesCoated() == kSidesCoatedBothSides)
+        cells[8] = mapText(_CoatingTypeMap, s.coatingType());
     cells[9] = mapText(_FinishMap, s.finish());
     cells[10] = mapText(_GrainMap, s.grain());
     cells[11] = text(s.description());
@@ -243,10 +271,11 @@ QVariant NamedPaperTableModel::data(const QModelIndex& index, int role) const
 
 QVariant NamedPaperTableModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
-    if (orientation != Qt::Horizontal || section < 0 || size_t(section) >= kColumnTitles.size() ||
-        !kColumnTitles[size_t(section)] || role != Qt::DisplayRole)
+    if (orientation != Qt::Horizontal || section < 0 || size_t(section) >= kColumnTitles.size())
         return QAbstractTableModel::headerData(section, orientation, role);
-    return localized(kColumnTitles[size_t(section)]);
+    if (role != Qt::DisplayRole && role != Qt::ToolTipRole)
+        return {};
+    return kColumnTitles[size_t(section)] ? localized(kColumnTitles[size_t(section)]) : QString();
 }
 
 void NamedPaperTableModel::sort(int column, Qt::SortOrder order)
