@@ -155,7 +155,14 @@ NamedPaperTableModel::NamedPaperTableModel(const Bundle& bundle, QObject* parent
     unsupportedAttributes_ = localized("Unsupported Attributes");
 }
 
-QString NamedPaperTableModel::localized(const char* key) const { return LocalizedText(*bundle_, key); }
+// Keys are the tables' static strings, so their addresses identify them.
+QString NamedPaperTableModel::localized(const char* key) const
+{
+    auto [it, added] = localizedCache_.try_emplace(key);
+    if (added)
+        it->second = LocalizedText(*bundle_, key);
+    return it->second;
+}
 
 QString NamedPaperTableModel::mapText(const SettingMap* map, int32_t value) const
 {
@@ -206,7 +213,7 @@ std::array<QString, 13> NamedPaperTableModel::cellsOf(const StockLibrary& e) con
         cells[4] = mapText(_CompleteStockTypeMap, s.type());
     }
     if (s.weight() != kNotSet)
-        cells[5] = FormatLocalized("%d %@", {s.weight(), localized("gsm")});
+        cells[5] = QString::number(s.weight()) + QLatin1Char(' ') + localized("gsm"); // "%d %@"
     cells[6] = mapText(_StockPunchedMap, s.punched());
     cells[7] = mapText(_SidesCoatedMap, s.sidesCoated());
     // The coating type means something only on a coated paper (it defaults to gloss).
@@ -308,9 +315,12 @@ void NamedPaperTableModel::applySort()
     keys.reserve(rows_.size());
     names.reserve(rows_.size());
     for (const Row& r : rows_) {
-        keys.push_back(collator.sortKey(r.cells[column]));
         names.push_back(collator.sortKey(r.cells[1]));
+        if (column != 1)
+            keys.push_back(collator.sortKey(r.cells[column]));
     }
+    if (column == 1)
+        keys = names;
     std::vector<size_t> order(rows_.size());
     std::iota(order.begin(), order.end(), 0);
     const bool descending = sortOrder_ == Qt::DescendingOrder;

@@ -12,6 +12,7 @@
 #include <array>
 #include <functional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace talmo {
@@ -84,6 +85,7 @@ private:
     const Bundle* bundle_;
     std::vector<Row> rows_;
     std::array<QIcon, 4> icons_; // by status
+    mutable std::unordered_map<const char*, QString> localizedCache_;
     QString unsupportedValues_, unsupportedAttributes_;
     int sortColumn_ = 1;
     Qt::SortOrder sortOrder_ = Qt::AscendingOrder;
