@@ -1,8 +1,8 @@
 #include "panels/dialogs/named-paper-dialog.h"
 
 #include "panels/dialogs/named-paper-model_p.h"
-#include "settings/paper-sizes.h"
-#include "settings/stock-maps.h"
+#include "panels/dialogs/stock-dialogs.h"
+#include "panels/dialogs/stock-popup.h"
 #include "toolkit/toolkit.h"
 
 #include <QApplication>
@@ -15,7 +15,6 @@
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
-#include <QSpinBox>
 #include <QTableView>
 #include <QToolButton>
 
@@ -58,63 +57,37 @@ void connectHelp(const Bundle& bundle, QAbstractButton* help, const char* page)
                          [&bundle, page] { DisplayHelp(bundle, QString::fromUtf8(page), QString()); });
 }
 
-// The paper editor of New, Copy and Edit: the name and every attribute the table shows.
-struct EditorPopup {
-    int32_t id;
-    const SettingMap* map;
-    int32_t (Stock::*get)() const;
-    void (Stock::*set)(int32_t);
-};
-constexpr std::array<EditorPopup, 8> kEditorPopups = {{
-    {3, _StockSizeMap, &Stock::size, &Stock::setSize},
-    {4, _StockColorMap, &Stock::color, &Stock::setColor},
-    {5, _StockTypeMap, &Stock::type, &Stock::setType},
-    {7, _StockPunchedMap, &Stock::punched, &Stock::setPunched},
-    {8, _SidesCoatedMap, &Stock::sidesCoated, &Stock::setSidesCoated},
-    {9, _CoatingTypeMap, &Stock::coatingType, &Stock::setCoatingType},
-    {10, _FinishMap, &Stock::finish, &Stock::setFinish},
-    {11, _GrainMap, &Stock::grain, &Stock::setGrain},
-}};
-
+// The paper editor of New, Copy and Edit: the name, the paper's attributes through the stock
+// pop-up (whose every choice detaches a paper from its name, so the name is kept apart and put
+// back on OK), its description and comment.
 bool RunModalPaperEditor(QWidget* parent, const Bundle& bundle, Stock& stock)
 {
     std::unique_ptr<QWidget> holder;
     QDialog* d = loadDialog(bundle, "Editor", parent, holder);
     auto* name = d ? find<QLineEdit>(d, kEditorSignature, 1) : nullptr;
     auto* nameOnly = d ? find<QCheckBox>(d, kEditorSignature, 2) : nullptr;
-    auto* weight = d ? find<QSpinBox>(d, kEditorSignature, 6) : nullptr;
+    StockPopup* paper = d ? AdoptStockPopup(d, {kEditorSignature, 3}, bundle, kJobContextJob) : nullptr;
     auto* description = d ? find<QLineEdit>(d, kEditorSignature, 12) : nullptr;
     auto* comment = d ? find<QLineEdit>(d, kEditorSignature, 13) : nullptr;
     auto* ok = d ? find<QPushButton>(d, kEditorSignature, 20) : nullptr;
     auto* cancel = d ? find<QPushButton>(d, kEditorSignature, 21) : nullptr;
-    if (!name || !nameOnly || !weight || !description || !comment || !ok || !cancel)
+    if (!name || !nameOnly || !paper || !description || !comment || !ok || !cancel)
         return false;
-    std::array<QComboBox*, kEditorPopups.size()> popups{};
-    for (size_t i = 0; i < popups.size(); ++i) {
-        popups[i] = find<QComboBox>(d, kEditorSignature, kEditorPopups[i].id);
-        if (!popups[i])
-            return false;
-        PopulatePopupButtonFromMap(bundle, popups[i], kEditorPopups[i].map, kJobContextJob, 0);
-        popups[i]->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-        // A value the menu lacks (a custom size, a printer's type) shows no row and stays.
-        if (!SetPopupButtonToTicketValue(popups[i], (stock.*kEditorPopups[i].get)()))
-            popups[i]->setCurrentIndex(-1);
-    }
-    // The coating type matters only on a coated paper.
-    QComboBox* sides = popups[4];
-    QComboBox* coating = popups[5];
-    auto enableCoating = [sides, coating] {
-        const int32_t v = GetPopupButtonTicketValue(sides);
-        coating->setEnabled(v == 2 || v == 3);
-    };
-    enableCoating();
-    QObject::connect(sides, &QComboBox::currentIndexChanged, d, enableCoating);
+    paper->setDialogs(MakeStockCommandDialogs(d, bundle, nullptr));
+    Stock attributes = stock;
+    attributes.setCustomName(std::string());
+    attributes.setCustomNameOnly(false);
+    paper->setStock(attributes);
     name->setText(QString::fromStdString(stock.customName().value_or("")));
+    name->setMinimumWidth(name->fontMetrics().averageCharWidth() * 36);
     nameOnly->setChecked(stock.customNameOnly());
-    weight->setSpecialValueText(LocalizedText(bundle, "PrinterDefault"));
-    weight->setValue(stock.weight() == kNotSet ? 0 : stock.weight());
     description->setText(QString::fromStdString(stock.description().value_or("")));
     comment->setText(QString::fromStdString(stock.comment().value_or("")));
+    description->setMaxLength(kStockDescriptionLimit);
+    // "Description..." of the pop-up and the field show the same text.
+    QObject::connect(paper, &StockPopup::stockChanged, d, [paper, description] {
+        description->setText(QString::fromStdString(paper->stock().description().value_or("")));
+    });
     QObject::connect(cancel, &QPushButton::clicked, d, &QDialog::reject);
     QObject::connect(ok, &QPushButton::clicked, d, [d, name] {
         if (name->text().trimmed().isEmpty()) {
@@ -126,11 +99,7 @@ bool RunModalPaperEditor(QWidget* parent, const Bundle& bundle, Stock& stock)
     });
     if (d->exec() != QDialog::Accepted)
         return false;
-    Stock edited = stock;
-    for (size_t i = 0; i < popups.size(); ++i)
-        if (popups[i]->currentIndex() >= 0 && GetPopupButtonTicketValue(popups[i]) != (stock.*kEditorPopups[i].get)())
-            (edited.*kEditorPopups[i].set)(GetPopupButtonTicketValue(popups[i]));
-    edited.setWeight(weight->value() == 0 ? kNotSet : weight->value());
+    Stock edited = paper->stock();
     edited.setCustomName(name->text().trimmed().toStdString());
     edited.setCustomNameOnly(nameOnly->isChecked());
     edited.setDescription(description->text().toStdString());

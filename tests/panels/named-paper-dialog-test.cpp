@@ -2,6 +2,7 @@
 // built bundle, a private preferences home and, for the printer's list, a loopback printer.
 #include "panels/dialogs/named-paper-dialog.h"
 #include "panels/dialogs/named-paper-model_p.h"
+#include "panels/dialogs/stock-popup.h"
 #include "testing/loopback-servers/loopback-servers.h"
 #include "toolkit/toolkit-fixture.h"
 
@@ -10,7 +11,6 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QSpinBox>
 #include <QTableView>
 #include <QTest>
 #include <QTimer>
@@ -118,7 +118,7 @@ TEST_F(NamedPaperDialogTest, DuplicateNamesFollowThePolicy)
         whenModal<QDialog>(kLib, [&](QDialog* d) {
             whenModal<QDialog>(FourCC("NPed"), [&](QDialog* editor) {
                 ctl<QLineEdit>(editor, FourCC("NPed"), 1)->setText("bond");
-                ctl<QSpinBox>(editor, FourCC("NPed"), 6)->setValue(120);
+                editor->findChild<StockPopup*>()->applyCommand(kStockCommandWeight, 120);
                 if (c.answer)
                     whenModal<QMessageBox>(0, [&](QMessageBox* box) {
                         asked = box->text() == LocalizedText(bundle(), "Replace Named Paper Message");
