@@ -74,6 +74,7 @@ bool RunModalPaperEditor(QWidget* parent, const Bundle& bundle, Stock& stock)
     if (!name || !nameOnly || !paper || !description || !comment || !ok || !cancel)
         return false;
     paper->setDialogs(MakeStockCommandDialogs(d, bundle, nullptr));
+    paper->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     Stock attributes = stock;
     attributes.setCustomName(std::string());
     attributes.setCustomNameOnly(false);
