@@ -555,6 +555,19 @@ std::optional<Stock> RunModalNamedPaperDialog(QWidget* parent, const Bundle& bun
     return dialog.run();
 }
 
+std::function<bool(Stock&)> MakeNamedPaperLibraryCommand(QWidget* parent, const Bundle& bundle,
+                                                         std::function<NamedPaperDialogSources()> sources)
+{
+    QPointer<QWidget> guard(parent);
+    return [guard, bundle, sources = std::move(sources)](Stock& stock) {
+        const NamedPaperDialogSources current = sources ? sources() : NamedPaperDialogSources{};
+        std::optional<Stock> chosen = RunModalNamedPaperDialog(guard, bundle, current);
+        if (chosen)
+            stock = *chosen;
+        return chosen.has_value();
+    };
+}
+
 bool RunModalCustomNameDialog(QWidget* parent, const Bundle& bundle, Stock& stock)
 {
     std::unique_ptr<QWidget> holder;

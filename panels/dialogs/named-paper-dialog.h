@@ -81,6 +81,12 @@ private:
 std::optional<Stock> RunModalNamedPaperDialog(QWidget* parent, const Bundle& bundle,
                                               const NamedPaperDialogSources& sources);
 
+// The library dialog as the stock pop-up's "Named Paper..." command runs it
+// (StockCommandDialogs::library): `sources` is asked each time, so it sees the current papers;
+// the bundle is copied.
+std::function<bool(Stock&)> MakeNamedPaperLibraryCommand(QWidget* parent, const Bundle& bundle,
+                                                         std::function<NamedPaperDialogSources()> sources);
+
 // The custom name dialog: sets the paper's custom name and its request-by-name-only flag. True
 // on OK (the stock changed), false on Cancel or when the description does not load.
 bool RunModalCustomNameDialog(QWidget* parent, const Bundle& bundle, Stock& stock);

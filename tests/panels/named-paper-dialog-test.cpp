@@ -156,10 +156,10 @@ TEST_F(NamedPaperDialogTest, UseInJobReturnsTheRepairedPaper)
         selectNamed(d, "Heavy");
         click(d, kUse);
     });
-    const std::optional<Stock> chosen = RunModalNamedPaperDialog(nullptr, bundle(), sources);
-    ASSERT_TRUE(chosen);
-    EXPECT_EQ(chosen->weight(), kNotSet);
-    EXPECT_EQ(chosen->customName(), "");
+    Stock chosen = job; // as the stock pop-up's "Named Paper..." runs it
+    ASSERT_TRUE(MakeNamedPaperLibraryCommand(nullptr, bundle(), [&] { return sources; })(chosen));
+    EXPECT_EQ(chosen.weight(), kNotSet);
+    EXPECT_EQ(chosen.customName(), "");
 }
 
 // A real printer's 31 papers (and the printer-default row) arrive while the dialog is open;
