@@ -325,6 +325,7 @@ private:
             button(b)->setToolTip(why);
         }
         button(kDelete)->setEnabled(selected > 0);
+        button(kDelete)->setToolTip(selected > 0 ? QString() : LocalizedText(bundle_, "Named Paper Select Some Tip"));
         count_->setText(FormatLocalized("%d %@/%d %@", {selected, LocalizedText(bundle_, "Selected"),
                                                         model_->rowCount(), LocalizedText(bundle_, "Items")}));
     }
