@@ -96,15 +96,37 @@ void finishOK(const Bundle& bundle, DialogFrame& frame, OSStatus status, QLineEd
 
 OSStatus runDialog(QDialog* dialog) { return dialog->exec() == QDialog::Accepted ? noErr : userCanceledErr; }
 
+// What the library dialog marks as in use: the job's paper and every special page's paper, read
+// when the dialog opens.
+NamedPaperDialogSources paperSources(const SpecialPagesState& state, const PrinterPaperSource& printerPapers)
+{
+    NamedPaperDialogSources sources = printerPapers;
+    sources.jobStock = state.jobStock.get();
+    sources.pageStocks.clear();
+    sources.pageStocks.reserve(static_cast<size_t>(SpecialPageRowCount(state)));
+    for (const SpecialPageList* list :
+         {static_cast<const SpecialPageList*>(&state.inserts), static_cast<const SpecialPageList*>(&state.exceptions)})
+        for (long i = 0; i < list->count(); ++i)
+            sources.pageStocks.push_back(&list->pageAtIndex(i)->stock());
+    for (const Cover* cover : {state.frontCover.get(), state.backCover.get()})
+        if (cover)
+            sources.pageStocks.push_back(&cover->stock());
+    return sources;
+}
+
 // The paper of one record: the stock pop-up in the record's context, with the job's paper as
-// its reference; every change of the pop-up's stock goes to `apply`.
+// its reference and the library behind "Named Paper..."; every change goes to `apply`.
 StockPopup* findStockPopup(QWidget* dialog, ControlID id, const Bundle& bundle, JobContext context,
-                           const SpecialPagesState& state, std::function<void(const Stock&)> apply)
+                           const SpecialPagesState& state, const PrinterPaperSource& printerPapers,
+                           std::function<void(const Stock&)> apply)
 {
     StockPopup* popup = AdoptStockPopup(dialog, id, bundle, context);
     if (!popup)
         return nullptr;
-    popup->setDialogs(MakeStockCommandDialogs(dialog, bundle, nullptr, context));
+    StockCommandDialogs dialogs = MakeStockCommandDialogs(dialog, bundle, nullptr, context);
+    dialogs.library = MakeNamedPaperLibraryCommand(
+        dialog, bundle, [&state, printerPapers] { return paperSources(state, printerPapers); });
+    popup->setDialogs(std::move(dialogs));
     popup->setReferenceStock(state.jobStock.get());
     QObject::connect(popup, &StockPopup::stockChanged, dialog,
                      [popup, apply = std::move(apply)] { apply(popup->stock()); });
@@ -174,7 +196,8 @@ void revertCovers(CoversDialog& d)
 
 } // namespace
 
-OSStatus RunModalCoversDialog(const Bundle& bundle, DialogMode mode, SpecialPagesState* state, QWidget* parent)
+OSStatus RunModalCoversDialog(const Bundle& bundle, DialogMode mode, SpecialPagesState* state, QWidget* parent,
+                              const PrinterPaperSource& printerPapers)
 {
     if (!state)
         return kPMNoContext;
@@ -189,7 +212,7 @@ OSStatus RunModalCoversDialog(const Bundle& bundle, DialogMode mode, SpecialPage
         d.group[i] = GetControlByID(dialog, {kCoversSignature, 3 + i * 3});
         if (!d.printing[i] || !d.group[i] ||
             !(d.stock[i] = findStockPopup(dialog, {kCoversSignature, 4 + i * 3}, bundle, kJobContextCovers, *state,
-                                          [&d, i](const Stock& stock) {
+                                          printerPapers, [&d, i](const Stock& stock) {
                                               d.working[i]->stock() = stock;
                                               showCovers(d);
                                           })))
@@ -269,7 +292,7 @@ void showInserts(InsertsDialog& d)
 } // namespace
 
 OSStatus RunModalInsertsDialog(const Bundle& bundle, DialogMode mode, SpecialPagesState* state, const Insert* edited,
-                               QWidget* parent)
+                               QWidget* parent, const PrinterPaperSource& printerPapers)
 {
     if (!state)
         return kPMNoContext;
@@ -286,7 +309,7 @@ OSStatus RunModalInsertsDialog(const Bundle& bundle, DialogMode mode, SpecialPag
     d.pages = GetControlByID<QLineEdit>(dialog, {kInsertsSignature, 3});
     d.quantity = AdoptControl<SpinControl>(dialog, {kInsertsSignature, 4});
     if (!d.placement || !d.pagesLabel || !d.pages || !d.quantity ||
-        !(d.stock = findStockPopup(dialog, {kInsertsSignature, 5}, bundle, kJobContextInserts, *state,
+        !(d.stock = findStockPopup(dialog, {kInsertsSignature, 5}, bundle, kJobContextInserts, *state, printerPapers,
                                    [&d](const Stock& stock) { d.input.stock = stock; })))
         return kPMNoContext;
     PopulatePopupButtonFromMap(bundle, d.placement, _InsertOptionMap, kJobContextInserts, 0);
@@ -413,7 +436,7 @@ std::string pagesOf(const ExceptionPage& page)
 } // namespace
 
 OSStatus RunModalExceptionsDialog(const Bundle& bundle, DialogMode mode, SpecialPagesState* state,
-                                  const ExceptionPage* edited, QWidget* parent)
+                                  const ExceptionPage* edited, QWidget* parent, const PrinterPaperSource& printerPapers)
 {
     if (!state)
         return kPMNoContext;
@@ -439,7 +462,7 @@ OSStatus RunModalExceptionsDialog(const Bundle& bundle, DialogMode mode, Special
     if (!d.pages || !d.plex || !d.outputColor || !d.halftone || !d.antialiasing || !d.trc || !d.colorSummary ||
         !d.colorSetup || !d.shiftSummary || !d.shiftSetup ||
         !(d.stock = findStockPopup(dialog, {kExceptionsSignature, 11}, bundle, kJobContextExceptions, *state,
-                                   [&d](const Stock& stock) { d.input.working.stock() = stock; })))
+                                   printerPapers, [&d](const Stock& stock) { d.input.working.stock() = stock; })))
         return kPMNoContext;
     PopulatePopupButtonFromMap(bundle, d.plex, _PlexMap, kJobContextExceptions, 0);
     PopulatePopupButtonFromMap(bundle, d.outputColor, _OutputColorMap, kJobContextExceptions, 0);

@@ -4,6 +4,7 @@
 // dialog stays open.
 #pragma once
 
+#include "panels/dialogs/named-paper-dialog.h"
 #include "panels/specialpages/specialpages-summary.h"
 
 class QWidget;
@@ -23,14 +24,19 @@ inline constexpr int32_t kDialogOKID = 92;
 // the code's keys.
 void SpecialPagesUserNotification(OSStatus code, const Bundle& bundle, QWidget* parent = nullptr);
 
+// Where the paper pop-ups' "Named Paper..." finds the printer's paper list (its lastOutcome and
+// refresh); the job's and the special pages' papers are taken from the state.
+using PrinterPaperSource = NamedPaperDialogSources;
+
 // noErr after an accepted OK, userCanceledErr on Cancel, kPMNoContext for a null state or a
 // description that does not load, paramErr for an edited record that is not in the list.
 OSStatus RunModalCoversDialog(const Bundle& bundle, DialogMode mode, SpecialPagesState* state,
-                              QWidget* parent = nullptr);
+                              QWidget* parent = nullptr, const PrinterPaperSource& printerPapers = {});
 OSStatus RunModalInsertsDialog(const Bundle& bundle, DialogMode mode, SpecialPagesState* state, const Insert* edited,
-                               QWidget* parent = nullptr);
+                               QWidget* parent = nullptr, const PrinterPaperSource& printerPapers = {});
 OSStatus RunModalExceptionsDialog(const Bundle& bundle, DialogMode mode, SpecialPagesState* state,
-                                  const ExceptionPage* edited, QWidget* parent = nullptr);
+                                  const ExceptionPage* edited, QWidget* parent = nullptr,
+                                  const PrinterPaperSource& printerPapers = {});
 
 // The details texts of the bundle: its strings and the installed options' labels.
 StockTextSource SpecialPagesTexts(const Bundle* bundle);

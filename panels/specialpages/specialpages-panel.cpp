@@ -37,6 +37,8 @@ struct SpecialPagesContext : panels::PanelContext {
         Command command;
     };
     std::vector<Button> buttons;
+    // The printer's paper list for the paper pop-ups' library, made when a dialog first needs it.
+    std::shared_ptr<PrinterPaperFetcher> fetcher;
 
     QPushButton* button(Command command) const
     {
@@ -142,6 +144,17 @@ void DeleteAllSpecialPages(SpecialPagesContext* c, const Bundle& bundle)
     refresh(c);
 }
 
+PrinterPaperSource printerPapers(SpecialPagesContext* c)
+{
+    PrinterPaperSource source;
+    if (!c->session)
+        return source;
+    if (!c->fetcher)
+        c->fetcher = PrinterPaperFetcher::forDeviceURI(c->session->printer().deviceURI);
+    PrinterPaperFetcher::attach(c->fetcher, source);
+    return source;
+}
+
 void editSelected(SpecialPagesContext* c, const Bundle& bundle)
 {
     const std::vector<long> rows = selectedRows(c);
@@ -152,15 +165,15 @@ void editSelected(SpecialPagesContext* c, const Bundle& bundle)
     switch (row.kind) {
     case RowKind::FrontCover:
     case RowKind::BackCover:
-        status = RunModalCoversDialog(bundle, DialogMode::Edit, &c->state, c->content);
+        status = RunModalCoversDialog(bundle, DialogMode::Edit, &c->state, c->content, printerPapers(c));
         break;
     case RowKind::Insert:
         status = RunModalInsertsDialog(bundle, DialogMode::Edit, &c->state, static_cast<const Insert*>(row.page),
-                                       c->content);
+                                       c->content, printerPapers(c));
         break;
     case RowKind::Exception:
         status = RunModalExceptionsDialog(bundle, DialogMode::Edit, &c->state,
-                                          static_cast<const ExceptionPage*>(row.page), c->content);
+                                          static_cast<const ExceptionPage*>(row.page), c->content, printerPapers(c));
         break;
     }
     if (status == noErr)
@@ -175,13 +188,13 @@ bool SpecialPagesPanelEventHandler(SpecialPagesContext* c, uint32_t command)
     OSStatus status = userCanceledErr;
     switch (command) {
     case kAddCoversCommand:
-        status = RunModalCoversDialog(*bundle, DialogMode::Add, &c->state, c->content);
+        status = RunModalCoversDialog(*bundle, DialogMode::Add, &c->state, c->content, printerPapers(c));
         break;
     case kAddInsertsCommand:
-        status = RunModalInsertsDialog(*bundle, DialogMode::Add, &c->state, nullptr, c->content);
+        status = RunModalInsertsDialog(*bundle, DialogMode::Add, &c->state, nullptr, c->content, printerPapers(c));
         break;
     case kAddExceptionsCommand:
-        status = RunModalExceptionsDialog(*bundle, DialogMode::Add, &c->state, nullptr, c->content);
+        status = RunModalExceptionsDialog(*bundle, DialogMode::Add, &c->state, nullptr, c->content, printerPapers(c));
         break;
     case kEditCommand:
         editSelected(c, *bundle);
