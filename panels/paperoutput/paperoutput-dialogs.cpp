@@ -254,19 +254,31 @@ struct PairingGroup {
             found &= (edges[i] = GetControlByID<QRadioButton>(w, {kMultipleSignature, first + i})) != nullptr;
         for (int i = 0; i < 2; ++i)
             found &= (positions[i] = GetControlByID<QRadioButton>(w, {kMultipleSignature, first + 4 + i})) != nullptr;
-        return found;
+        if (!found)
+            return false;
+        // Edges and positions share a group box: each set is exclusive on its own.
+        auto* edgeGroup = new QButtonGroup(box);
+        auto* positionGroup = new QButtonGroup(box);
+        for (QRadioButton* radio : edges)
+            edgeGroup->addButton(radio);
+        for (QRadioButton* radio : positions)
+            positionGroup->addButton(radio);
+        return true;
     }
 
-    // The radios show the pairing; signals are held so that showing is not choosing.
+    // The radios show the pairing; signals are held so that showing is not choosing (checking
+    // one radio of a group unchecks its neighbour, which would signal too).
     void show(const Bundle& bundle)
     {
-        for (int i = 0; i < 4; ++i) {
-            const QSignalBlocker hold(edges[i]);
+        std::vector<std::unique_ptr<QSignalBlocker>> hold;
+        for (QRadioButton* radio : edges)
+            hold.push_back(std::make_unique<QSignalBlocker>(radio));
+        for (QRadioButton* radio : positions)
+            hold.push_back(std::make_unique<QSignalBlocker>(radio));
+        for (int i = 0; i < 4; ++i)
             edges[i]->setChecked(pairing.edge() == i + 1);
-        }
         const SecondaryPair& pair = pairing.pair();
         for (int i = 0; i < 2; ++i) {
-            const QSignalBlocker hold(positions[i]);
             positions[i]->setText(LocalizedText(bundle, pair.labels[i]));
             positions[i]->setChecked(pair.values[i] == pairing.value());
         }
@@ -334,14 +346,16 @@ OSStatus RunModalMultipleFinishingDialog(const Bundle& bundle, PaperOutputSettin
     for (PairingGroup* g : {&staple, &punch}) {
         for (int i = 0; i < 4; ++i)
             QObject::connect(g->edges[i], &QRadioButton::toggled, w, [g, i, &update](bool on) {
-                if (on)
-                    g->pairing.selectEdge(i + 1);
+                if (!on)
+                    return; // the neighbour's unchecking: the checked radio tells
+                g->pairing.selectEdge(i + 1);
                 update();
             });
         for (int i = 0; i < 2; ++i)
             QObject::connect(g->positions[i], &QRadioButton::toggled, w, [g, i, &update](bool on) {
-                if (on)
-                    g->pairing.selectValue(g->pairing.pair().values[i]);
+                if (!on)
+                    return;
+                g->pairing.selectValue(g->pairing.pair().values[i]);
                 update();
             });
         QObject::connect(g->box, &QGroupBox::toggled, w, update);

@@ -1,9 +1,10 @@
-// The Paper/Output panel's rules without widgets: the finishing summary, the menu marks, the
-// booklet rules, the destination menu and the multiple finishing pairs.
+// The Paper/Output panel's rules that need no widgets.
 #include "panels/paperoutput/paperoutput-finishing.h"
+#include "toolkit/toolkit.h"
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <fstream>
 #include <map>
 #include <sstream>
@@ -15,33 +16,22 @@ namespace {
 
 std::string bracketed(std::string_view key) { return "[" + std::string(key) + "]"; }
 
-PaperOutputSettings parse(const std::string& fields)
+// The settings read from a ticket holding the items "Name=value ...".
+PaperOutputSettings parse(const std::string& items)
 {
-    const std::map<std::string, int32_t PaperOutputSettings::*> members = {
-        {"finishing", &PaperOutputSettings::finishingOption},
-        {"staple1", &PaperOutputSettings::staple1},
-        {"staple2", &PaperOutputSettings::staple2},
-        {"center", &PaperOutputSettings::stapleCenter},
-        {"fold", &PaperOutputSettings::fold},
-        {"bind", &PaperOutputSettings::bind},
-        {"punch", &PaperOutputSettings::holePunch},
-        {"zfold", &PaperOutputSettings::zFold},
-        {"offset", &PaperOutputSettings::offset},
-        {"slip", &PaperOutputSettings::slipSheet},
-        {"booklet", &PaperOutputSettings::bookletLayout}};
-    PaperOutputSettings s;
-    std::istringstream in(fields);
-    for (std::string field; in >> field;) {
-        const auto eq = field.find('=');
-        const std::string name = field.substr(0, eq), value = field.substr(eq + 1);
-        if (name == "custom") {
-            s.custom = value;
-            std::replace(s.custom->begin(), s.custom->end(), '_', ' ');
-        } else {
-            s.*members.at(name) = std::stoi(value);
-        }
+    Ticket ticket;
+    std::istringstream in(items);
+    for (std::string item; in >> item;) {
+        const auto eq = item.find('=');
+        std::string key = "com.talmo.print." + item.substr(0, eq), value = item.substr(eq + 1);
+        std::replace(value.begin(), value.end(), '_', ' ');
+        ticket.set(key,
+                   key == kFinishingCustomKey ? pl::ValuePtr(pl::makeString(value))
+                   : key == kBookletLayoutKey ? pl::ValuePtr(pl::makeBool(value == "1"))
+                                              : pl::ValuePtr(pl::makeInt(std::stoll(value))),
+                   "t");
     }
-    return s;
+    return ReadPaperOutputSettings(&ticket);
 }
 
 TEST(PaperOutputFinishing, SummaryOfEveryOptionAndSubValue)
@@ -53,7 +43,6 @@ TEST(PaperOutputFinishing, SummaryOfEveryOptionAndSubValue)
         if (line.empty() || line[0] == '#')
             continue;
         const auto arrow = line.find(" => ");
-        ASSERT_NE(arrow, std::string::npos) << line;
         std::string expected = line.substr(arrow + 4);
         std::replace(expected.begin(), expected.end(), '|', '\n');
         EXPECT_EQ(CreateFinishingString(parse(line.substr(0, arrow)), bracketed), expected) << line;
@@ -64,63 +53,32 @@ TEST(PaperOutputFinishing, SummaryOfEveryOptionAndSubValue)
 
 TEST(PaperOutputFinishing, MenuMarksFollowTheChoice)
 {
-    const uint32_t commands[] = {
-        kCmdPrinterDefault, kCmdNone,       kCmdSignatureBooklet, kCmdOneStaple, kCmdTwoStaples,
-        kCmdCenterStaple,   kCmdBind,       kCmdCustom,           kCmdZFold,     kCmdFold,
-        kCmdHolePunch2,     kCmdHolePunch3, kCmdHolePunch4,       kCmdMultiple,  kCmdBookletCreation,
-        kCmdSlipSheet,      kCmdOffset};
-    struct {
-        const char* settings;
-        std::vector<uint32_t> checked;
-    } const rows[] = {
-        {"", {kCmdPrinterDefault}},
-        {"finishing=40 fold=44 slip=2", {kCmdFold, kCmdSlipSheet}},
-        {"finishing=18 fold=19 offset=1", {kCmdFold}},
-        {"finishing=50 offset=2", {kCmdMultiple, kCmdOffset}},
-        {"finishing=52", {kCmdMultiple}},
-        {"finishing=24 booklet=1", {kCmdBookletCreation}},
-        {"finishing=36 slip=1", {kCmdZFold}},
-        {"finishing=2", {}},
+    const std::pair<const char*, const char*> rows[] = {
+        {"", "Pdef"},
+        {"FinishingOptions=40 FinishingFoldValue=44 FinishingSlipSheet=2", "Fold Spsh"},
+        {"FinishingOptions=50 FinishingOffset=2", "FMul Ofsb"},
+        {"FinishingOptions=30 FinishingHolePunchOptions=4", "Hpn3"},
+        {"FinishingOptions=24 BookletLayout=1", "Bkcr"},
+        {"FinishingOptions=36 FinishingOffset=1", "Zfol"},
+        {"FinishingOptions=2", ""},
     };
-    for (const auto& row : rows) {
-        const PaperOutputSettings s = parse(row.settings);
-        for (uint32_t command : commands) {
-            const bool expected = std::find(row.checked.begin(), row.checked.end(), command) != row.checked.end();
-            EXPECT_EQ(FinishingCommandChecked(s, command), expected) << row.settings << " " << command;
-        }
-    }
-    // Hole counts are stored 3, 4, 5 for two, three and four holes.
-    PaperOutputSettings punch = parse("finishing=30 punch=32");
-    for (int32_t holes : {3, 4, 5}) {
-        punch.holePunchOptions = holes;
-        EXPECT_EQ(FinishingCommandChecked(punch, kCmdHolePunch2), holes == 3);
-        EXPECT_EQ(FinishingCommandChecked(punch, kCmdHolePunch4), holes == 5);
+    for (const auto& [settings, expected] : rows) {
+        std::string checked;
+        for (const char* command : {"Pdef", "None", "FSBM", "Stp1", "Stp2", "CStp", "Bind", "Cust", "Zfol", "Fold",
+                                    "Hpn2", "Hpn3", "Hpn4", "FMul", "Bkcr", "Spsh", "Ofsb"})
+            if (FinishingCommandChecked(parse(settings), FourCCFromText(command)))
+                checked += (checked.empty() ? "" : " ") + std::string(command);
+        EXPECT_EQ(checked, expected) << settings;
     }
 }
 
 TEST(PaperOutputFinishing, ABookletExcludingChoiceDropsTheBookletAndItsFold)
 {
-    PaperOutputSettings s = parse("finishing=24 fold=43 booklet=1");
+    PaperOutputSettings s = parse("FinishingOptions=24 FinishingFoldValue=43 BookletLayout=1");
     s.duplex = 3;
     UnselectBooklet(s);
-    EXPECT_EQ(s.finishingOption, kFinishingPrinterDefault);
-    EXPECT_EQ(s.fold, 1);
-    EXPECT_EQ(s.bookletLayout, kBookletOff);
-    EXPECT_EQ(s.duplex, 2);
-
-    // A centre staple goes with a booklet; a corner staple does not.
-    s = parse("finishing=24 fold=53 booklet=1");
-    ChooseFinishing(s, kFinishingCenterStaple);
-    EXPECT_TRUE(s.bookletOn());
-    EXPECT_EQ(s.fold, 53);
-    ChooseFinishing(s, kFinishingOneStaple);
-    EXPECT_EQ(s.option(), kFinishingOneStaple);
-    EXPECT_FALSE(s.bookletOn());
-    // Without a booklet, two-sided stays as chosen.
-    s = parse("finishing=1 booklet=2");
-    s.duplex = 1;
-    ChooseFinishing(s, kFinishingHolePunch);
-    EXPECT_EQ(s.duplex, 1);
+    EXPECT_EQ(std::tuple(s.finishingOption, s.fold, s.bookletLayout, s.duplex),
+              std::tuple(kFinishingPrinterDefault, 1, kBookletOff, 2));
 }
 
 TEST(PaperOutputFinishing, DestinationMenuWithAndWithoutTheInserter)
@@ -138,7 +96,6 @@ TEST(PaperOutputFinishing, DestinationMenuWithAndWithoutTheInserter)
         return text;
     };
     const std::string head = "[Printer Default]=-2147483648 [Auto]=1 ";
-    EXPECT_EQ(labels(), head);
     installed = {
         {"AutoSwitchTrayKey", 18}, {"StackerTray1Key", 17}, {"StackerTray2Key", 15}, {"SimpleCatchTrayKey", 2}};
     EXPECT_EQ(labels(), head + "plugin:AutoSwitchTrayKey=18 plugin:StackerTray1Key=17 plugin:StackerTray2Key=15 "
@@ -152,40 +109,24 @@ TEST(PaperOutputFinishing, DestinationMenuWithAndWithoutTheInserter)
     }
 }
 
-TEST(PaperOutputFinishing, SetupIsOfferedForItsJobTypesOnly)
-{
-    for (int32_t type = -1; type <= 10; ++type)
-        EXPECT_EQ(JobTypeHasSetup(type), type >= 3 && type != 8 && type <= 9) << type;
-}
-
 TEST(PaperOutputFinishing, MultipleFinishingPairsFollowThePrimaryEdge)
 {
-    FinishingPairing staple(FinishingPairing::Staple);
-    EXPECT_EQ(staple.value(), 5);
-    staple.selectEdge(2); // (5, 7): 5 stays
-    EXPECT_EQ(staple.value(), 5);
-    staple.selectEdge(3); // (7, 8): 5 is gone, the first is taken
-    EXPECT_EQ(staple.value(), 7);
-    staple.selectEdge(4); // (6, 8)
-    EXPECT_EQ(staple.value(), 6);
-    EXPECT_STREQ(staple.pair().labels[1], "Portrait - Bottom Right or Landscape - Bottom Left");
-    staple.selectValue(8); // first edge holding 8 is 3
-    EXPECT_EQ(staple.edge(), 3);
-    staple.selectValue(7); // edge 2 holds 7 before edge 3
-    EXPECT_EQ(staple.edge(), 2);
-    staple.selectValue(10); // no edge: the first, with its first value
-    EXPECT_EQ(std::pair(staple.edge(), staple.value()), std::pair(1, 5));
-
-    FinishingPairing punch(FinishingPairing::HolePunch);
-    punch.selectEdge(4);
-    EXPECT_EQ(punch.pair().values, (std::array<int32_t, 2>{35, 34}));
-    EXPECT_EQ(punch.value(), 35);
-    punch.selectValue(34);
-    EXPECT_EQ(std::pair(punch.edge(), punch.value()), std::pair(2, 34));
-    punch.selectEdge(3); // (33, 34): 34 stays
-    EXPECT_EQ(punch.value(), 34);
-    EXPECT_EQ(std::vector<bool>({ZFoldAvailable(1), ZFoldAvailable(2), ZFoldAvailable(3), ZFoldAvailable(4)}),
-              std::vector<bool>({true, false, true, false}));
+    // Steps "<e|v><n>=<edge>/<value>": select edge n or value n, then the edge and value expected.
+    const std::pair<FinishingPairing::Kind, const char*> runs[] = {
+        {FinishingPairing::Staple, "e1=1/5 e2=2/5 e3=3/7 e4=4/6 v8=3/8 v7=2/7 v10=1/5"},
+        {FinishingPairing::HolePunch, "e4=4/35 v34=2/34 e3=3/34 e1=1/32"},
+    };
+    for (const auto& [kind, steps] : runs) {
+        FinishingPairing pairing(kind);
+        std::istringstream in(steps);
+        for (std::string step; in >> step;) {
+            char op = 0;
+            int arg = 0, edge = 0, value = 0;
+            ASSERT_EQ(std::sscanf(step.c_str(), "%c%d=%d/%d", &op, &arg, &edge, &value), 4) << step;
+            op == 'e' ? pairing.selectEdge(arg) : pairing.selectValue(arg);
+            EXPECT_EQ(std::pair(pairing.edge(), pairing.value()), std::pair(edge, value)) << step;
+        }
+    }
 }
 
 } // namespace
