@@ -226,6 +226,11 @@ OSStatus runChoiceDialog(const Bundle& bundle, uint32_t command, PaperOutputSett
     if (spec.text)
         text->setText(QString::fromStdString(settings.custom.value_or("")));
 
+    // Keyboard focus starts on the choice itself, not on the first button.
+    if (spec.text)
+        text->setFocus();
+    else if (group->checkedButton())
+        group->checkedButton()->setFocus();
     QObject::connect(ok, &QPushButton::clicked, w, &QDialog::accept);
     QObject::connect(cancel, &QPushButton::clicked, w, &QDialog::reject);
     if (w->exec() != QDialog::Accepted)
@@ -364,6 +369,7 @@ OSStatus RunModalMultipleFinishingDialog(const Bundle& bundle, PaperOutputSettin
     QObject::connect(ok, &QPushButton::clicked, w, &QDialog::accept);
     QObject::connect(cancel, &QPushButton::clicked, w, &QDialog::reject);
     update();
+    staple.edges[staple.pairing.edge() - 1]->setFocus();
     if (w->exec() != QDialog::Accepted)
         return noErr;
 
