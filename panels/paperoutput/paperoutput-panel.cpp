@@ -1,6 +1,8 @@
 // The Paper/Output panel: job paper, two-sided printing, finishing with its summary, output
 // colour and destination, offset and slip sheets, job type and the booklet layout switch.
 #include "device/device.h"
+#include "panels/dialogs/stock-dialogs.h"
+#include "panels/dialogs/stock-popup.h"
 #include "panels/panel-module.h"
 #include "panels/paperoutput/paperoutput-dialogs.h"
 #include "panels/paperoutput/paperoutput-finishing.h"
@@ -25,8 +27,7 @@ constexpr uint32_t kSignature = FourCC("POut");
 
 enum ControlNumber : int {
     kPaperControl = 1,
-    kPaperSummaryControl,
-    kSidesControl,
+    kSidesControl = 3,
     kSidesPictureControl,
     kFinishingControl,
     kFinishingSummaryControl,
@@ -80,8 +81,7 @@ constexpr FinishingItem kFinishingMenu[] = {
 
 struct PaperOutputContext : panels::PanelContext {
     PaperOutputSettings settings;
-    QPointer<QComboBox> paper;
-    QPointer<QLabel> paperSummary;
+    QPointer<StockPopup> paper;
     QPointer<QComboBox> sides;
     QPointer<QLabel> sidesPicture;
     QPointer<QPushButton> finishing;
@@ -97,8 +97,8 @@ struct PaperOutputContext : panels::PanelContext {
 
     bool built() const
     {
-        return paper && paperSummary && sides && sidesPicture && finishing && finishingSummary && booklet &&
-               bookletPicture && color && destination && offset && slipSheet && jobType && setup;
+        return paper && sides && sidesPicture && finishing && finishingSummary && booklet && bookletPicture && color &&
+               destination && offset && slipSheet && jobType && setup;
     }
 };
 
@@ -135,12 +135,10 @@ InstalledOptionsSource installedOptions()
 
 std::string stockSummary(const PaperOutputSettings& s)
 {
-    if (!s.jobLevelStock)
+    const Bundle* bundle = ExtensionBundle();
+    if (!s.jobLevelStock || !bundle)
         return {};
-    StockTextSource texts{
-        [](std::string_view key) { return localized(key); }, nullptr,
-        [](std::string_view key) { return CopyLocalizedStringForInstalledFeatureFromPlugin(key, ExtensionBundle()); }};
-    return GenerateStockSummary(texts, kJobContextJob, Stock(s.jobLevelStock), ", ");
+    return GenerateStockSummary(MakeStockTextSource(*bundle), kJobContextJob, Stock(s.jobLevelStock), ", ");
 }
 
 // A popup shows the stored value, or its printer-default row while the key is absent.
@@ -224,8 +222,10 @@ void showSettings(PaperOutputContext* c)
     if (!c->built())
         return;
     const PaperOutputSettings& s = c->settings;
-    c->paperSummary->setText(QString::fromStdString(stockSummary(s)));
-    c->paperSummary->setVisible(!c->paperSummary->text().isEmpty());
+    {
+        const QSignalBlocker hold(c->paper.data());
+        c->paper->setStock(Stock(s.jobLevelStock));
+    }
 
     // A booklet is always two-sided: the two-sided popup waits until the booklet is off.
     showPopupValue(c->sides, s.duplex);
@@ -279,6 +279,11 @@ void connectControls(PaperOutputContext* c)
         c->settings.outputDestination = c->destination->currentData().toInt();
         showSettings(c);
     });
+    // The stock is stored as the user leaves it; an untouched one stays as the ticket had it.
+    QObject::connect(c->paper, &StockPopup::stockChanged, owner, [c] {
+        c->settings.jobLevelStock = c->paper->stock().asTicket();
+        showSettings(c);
+    });
     QObject::connect(c->booklet, &QCheckBox::toggled, owner, [c](bool on) {
         if (on) {
             c->settings.bookletLayout = kBookletOn;
@@ -313,9 +318,8 @@ void fillPopups(PaperOutputContext* c, const Bundle& bundle)
     for (const JobTypeEntry& e : kJobTypes)
         c->jobType->addItem(QIcon(picture(e.picture)), QString::fromStdString(localized(e.key)), e.value);
     c->bookletPicture->setPixmap(picture("ProductionFinishing_Bklt_Layout.gif"));
-    // The paper pop-up arrives with the paper library; until then the summary says what is set.
-    c->paper->addItem(QString::fromStdString(localized("POPaperUnavailable")));
-    c->paper->setEnabled(false);
+    // "Named Paper..." waits for the library dialog.
+    c->paper->setDialogs(MakeStockCommandDialogs(c->content, bundle, nullptr));
 }
 
 OSStatus Prologue(PMPDEContext* context, OSType* creator, std::string* kind, std::string* title, uint32_t* maxH,
@@ -333,8 +337,7 @@ OSStatus Initialize(PMPDEContext context, PMPDEFlags*, PMPDERef, ControlRef pane
         return status;
     QWidget* root = c->content;
     auto id = [](int number) { return ControlID{kSignature, number}; };
-    c->paper = GetControlByID<QComboBox>(root, id(kPaperControl));
-    c->paperSummary = AdoptControl<StaticTextControl>(root, id(kPaperSummaryControl));
+    c->paper = AdoptStockPopup(root, id(kPaperControl), *bundle, kJobContextJob);
     c->sides = GetControlByID<QComboBox>(root, id(kSidesControl));
     c->sidesPicture = GetControlByID<QLabel>(root, id(kSidesPictureControl));
     c->finishing = GetControlByID<QPushButton>(root, id(kFinishingControl));
