@@ -92,9 +92,11 @@ int32_t readNumber(const Ticket* ticket, const char* key)
 // Staple and punch on the same edge read as one group: "2 Staples," then the punch.
 bool sameEdge(int32_t staple, int32_t punch)
 {
-    const int32_t punchEdge = punch - 32;
-    return (staple >= 10 && staple <= 13 && staple - 10 == punchEdge) ||
-           (staple >= 26 && staple <= 29 && staple - 26 == punchEdge);
+    if (punch < 32 || punch > 35)
+        return false;
+    const int32_t edge = punch - 32;
+    return (staple >= 10 && staple <= 13 && staple - 10 == edge) ||
+           (staple >= 26 && staple <= 29 && staple - 26 == edge);
 }
 
 const char* stapleKey(int32_t staple)
