@@ -149,13 +149,27 @@ void showPopupValue(QComboBox* popup, int32_t value, int32_t printerDefault = kN
         popup->setCurrentIndex(-1);
 }
 
+// A stored tray this printer does not offer (an imported ticket's) is shown by its number
+// rather than as an empty pop-up.
+void showDestination(PaperOutputContext* c)
+{
+    const QSignalBlocker hold(c->destination.data());
+    const int32_t value = c->settings.outputDestination;
+    if (c->destination->findData(value) < 0) {
+        const Bundle* bundle = ExtensionBundle();
+        c->destination->addItem(bundle ? LocalizedText(*bundle, "PODestinationOther", {value}) : QString::number(value),
+                                value);
+    }
+    c->destination->setCurrentIndex(c->destination->findData(value));
+}
+
 void rebuildDestinations(PaperOutputContext* c)
 {
     const QSignalBlocker hold(c->destination.data());
     c->destination->clear();
     for (const MenuEntry& e : BuildOutputDestinationMenu(installedOptions(), localized))
         c->destination->addItem(QString::fromStdString(e.label), e.value);
-    c->destination->setCurrentIndex(c->destination->findData(c->settings.outputDestination));
+    showDestination(c);
 }
 
 void showSettings(PaperOutputContext* c);
@@ -249,7 +263,7 @@ void showSettings(PaperOutputContext* c)
     c->bookletPicture->setEnabled(s.bookletOn());
 
     showPopupValue(c->color, s.outputColor);
-    c->destination->setCurrentIndex(c->destination->findData(s.outputDestination));
+    showDestination(c);
     showPopupValue(c->offset, s.offset, kOffsetPrinterDefault);
     {
         const QSignalBlocker hold(c->slipSheet.data());
