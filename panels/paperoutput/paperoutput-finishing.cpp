@@ -354,8 +354,6 @@ const std::array<JobTypeEntry, 8> kJobTypes = {{
     {9, "BackgroundForms", "JobType_BackgroundForm.gif"},
 }};
 
-bool JobTypeHasSetup(int32_t jobType) { return (jobType >= 3 && jobType <= 7) || jobType == 9; }
-
 int32_t JobTypeOf(const pl::DictPtr& jobType)
 {
     const auto value = jobType ? jobType->getInt("JobType") : std::nullopt;

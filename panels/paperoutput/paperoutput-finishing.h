@@ -145,8 +145,6 @@ struct JobTypeEntry {
     const char* picture;
 };
 extern const std::array<JobTypeEntry, 8> kJobTypes;
-// "Setup..." is offered for these job types only.
-bool JobTypeHasSetup(int32_t jobType);
 // The dictionary's "JobType", Normal (1) without one.
 int32_t JobTypeOf(const pl::DictPtr& jobType);
 

@@ -1,6 +1,7 @@
 // The Paper/Output panel: job paper, two-sided printing, finishing with its summary, output
 // colour and destination, offset and slip sheets, job type and the booklet layout switch.
 #include "device/device.h"
+#include "panels/dialogs/job-type-dialogs.h"
 #include "panels/dialogs/stock-dialogs.h"
 #include "panels/dialogs/stock-popup.h"
 #include "panels/panel-module.h"
@@ -313,12 +314,27 @@ void connectControls(PaperOutputContext* c)
     });
     QObject::connect(c->jobType, &QComboBox::activated, owner, [c] {
         const int32_t type = c->jobType->currentData().toInt();
-        if (type == JobTypeOf(c->settings.jobType) && c->settings.jobType)
+        if (c->settings.jobType && type == JobTypeOf(c->settings.jobType))
             return;
-        // The other fields stay: switching back finds the last setup again.
+        // A new type keeps none of the previous type's settings.
         pl::DictPtr dict = c->settings.jobType ? pl::deepCopy(c->settings.jobType) : pl::makeDict();
-        dict->setInt("JobType", type);
+        SetJobTypeInDictionary(dict, type);
         c->settings.jobType = dict;
+        showSettings(c);
+    });
+    QObject::connect(c->setup, &QPushButton::clicked, owner, [c] {
+        const Bundle* bundle = ExtensionBundle();
+        const int32_t type = JobTypeOf(c->settings.jobType);
+        if (!bundle)
+            return;
+        // The dialog edits copies; Cancel leaves the panel's values as they were.
+        pl::DictPtr dict = c->settings.jobType ? pl::deepCopy(c->settings.jobType) : pl::makeDict();
+        BackgroundFormsOptions forms(c->settings.backgroundForms);
+        if (!RunModalJobTypeSetupDialog(c->setup->window(), *bundle, type, dict, forms))
+            return;
+        c->settings.jobType = dict;
+        if (type == kJobTypeBackgroundForms)
+            c->settings.backgroundForms = forms.asTicket();
         showSettings(c);
     });
 }
