@@ -245,6 +245,7 @@ void showSettings(PaperOutputContext* c)
     // A booklet is always two-sided: the two-sided popup waits until the booklet is off.
     showPopupValue(c->sides, s.duplex);
     c->sides->setEnabled(!s.bookletOn());
+    c->sides->setToolTip(QString::fromStdString(localized(s.bookletOn() ? "POTwoSidedBookletTip" : "POTwoSidedTip")));
     const int32_t sides = GetPopupButtonTicketValue(c->sides);
     c->sidesPicture->setPixmap(picture(sides == 3   ? "2SidedPrinting_2SidedFlip.gif"
                                        : sides == 2 ? "2SidedPrinting_2Sided.gif"
@@ -276,6 +277,7 @@ void showSettings(PaperOutputContext* c)
         c->jobType->setCurrentIndex(c->jobType->findData(type));
     }
     c->setup->setEnabled(JobTypeHasSetup(type));
+    c->setup->setToolTip(QString::fromStdString(localized(JobTypeHasSetup(type) ? "POSetupTip" : "POSetupNoneTip")));
 }
 
 void connectControls(PaperOutputContext* c)
