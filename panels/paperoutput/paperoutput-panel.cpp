@@ -2,6 +2,7 @@
 // colour and destination, offset and slip sheets, job type and the booklet layout switch.
 #include "device/device.h"
 #include "panels/dialogs/job-type-dialogs.h"
+#include "panels/dialogs/named-paper-dialog.h"
 #include "panels/dialogs/stock-dialogs.h"
 #include "panels/dialogs/stock-popup.h"
 #include "panels/panel-module.h"
@@ -95,6 +96,11 @@ struct PaperOutputContext : panels::PanelContext {
     QPointer<QCheckBox> slipSheet;
     QPointer<QComboBox> jobType;
     QPointer<QPushButton> setup;
+    // The library dialog's view of the job: the printer's list, and the papers marked in use
+    // (kept here while the dialog runs).
+    std::shared_ptr<PrinterPaperFetcher> fetcher;
+    Stock libraryJobStock;
+    std::vector<Stock> libraryPageStocks;
 
     bool built() const
     {
@@ -140,6 +146,34 @@ std::string stockSummary(const PaperOutputSettings& s)
     if (!s.jobLevelStock || !bundle)
         return {};
     return GenerateStockSummary(MakeStockTextSource(*bundle), kJobContextJob, Stock(s.jobLevelStock), ", ");
+}
+
+// What the library dialog marks as in use: the job's paper, then the inserts', the exception
+// ranges' and the covers' papers as the ticket holds them.
+NamedPaperDialogSources librarySources(PaperOutputContext* c)
+{
+    c->libraryJobStock = c->paper->stock();
+    c->libraryPageStocks.clear();
+    Ticket* ticket = nullptr;
+    if (c->session && GetTicketFromSession(c->session, kPMPrintSettingsTicket, &ticket) == noErr && ticket) {
+        auto addStock = [c](const pl::ValuePtr& page) {
+            if (auto dict = pl::as<pl::Dictionary>(page))
+                c->libraryPageStocks.emplace_back(dict->getDict("Stock"));
+        };
+        for (const char* key : {kSpecialPagesInsertListKey, kSpecialPagesExceptionListKey})
+            if (auto list = pl::as<pl::Array>(ticket->get(key)))
+                for (const pl::ValuePtr& page : *list)
+                    addStock(page);
+        for (const char* key : {kSpecialPagesFrontCoverKey, kSpecialPagesBackCoverKey})
+            addStock(ticket->get(key));
+    }
+    NamedPaperDialogSources sources;
+    sources.jobStock = &c->libraryJobStock;
+    for (const Stock& stock : c->libraryPageStocks)
+        sources.pageStocks.push_back(&stock);
+    if (c->fetcher)
+        PrinterPaperFetcher::attach(c->fetcher, sources);
+    return sources;
 }
 
 // A popup shows the stored value, or its printer-default row while the key is absent.
@@ -350,8 +384,9 @@ void fillPopups(PaperOutputContext* c, const Bundle& bundle)
     for (const JobTypeEntry& e : kJobTypes)
         c->jobType->addItem(QIcon(picture(e.picture)), QString::fromStdString(localized(e.key)), e.value);
     c->bookletPicture->setPixmap(picture("ProductionFinishing_Bklt_Layout.gif"));
-    // "Named Paper..." waits for the library dialog.
-    c->paper->setDialogs(MakeStockCommandDialogs(c->content, bundle, nullptr));
+    StockCommandDialogs dialogs = MakeStockCommandDialogs(c->content, bundle, nullptr);
+    dialogs.library = MakeNamedPaperLibraryCommand(c->content, bundle, [c] { return librarySources(c); });
+    c->paper->setDialogs(std::move(dialogs));
 }
 
 OSStatus Prologue(PMPDEContext* context, OSType* creator, std::string* kind, std::string* title, uint32_t* maxH,
@@ -384,6 +419,8 @@ OSStatus Initialize(PMPDEContext context, PMPDEFlags*, PMPDERef, ControlRef pane
     c->setup = GetControlByID<QPushButton>(root, id(kSetupControl));
     if (!c->built())
         return kPMNoContext;
+    if (session)
+        c->fetcher = PrinterPaperFetcher::forDeviceURI(session->printer().deviceURI);
     fillPopups(c, *bundle);
     buildFinishingMenu(c);
     rebuildDestinations(c);
