@@ -4,6 +4,7 @@
 #include "tests/plugin/loaded-bundle.h"
 
 #include "device/device.h"
+#include "testing/loopback-servers/loopback-servers.h"
 
 #include <QAbstractButton>
 #include <QComboBox>
@@ -13,8 +14,11 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QSpinBox>
+#include <QTableView>
+#include <QTest>
 #include <QTextBrowser>
 #include <QTimer>
+#include <QToolButton>
 #include <QVBoxLayout>
 
 #include <arpa/inet.h>
@@ -352,6 +356,53 @@ TEST_F(ShellDialog, OnlyANetworkPrinterStartsThePaperListFetch)
     }
     open_ = false;
     ::close(listener);
+}
+
+// The library opened from the Paper/Output panel shows the papers of the host's own fetch as it
+// opens, and a refresh goes through the host's thread and comes back while it is open. A dialog
+// that opens before the host's fetch has answered is closed at once, so its own question is
+// never answered: only the host's list event can fill the table of a dialog as it opens.
+TEST_F(ShellDialog, TheLibraryTakesThePrinterPapersFromTheHostsThread)
+{
+    const std::string home = ::testing::TempDir() + "host-library-" + std::to_string(::getpid());
+    std::filesystem::remove_all(home);
+    for (const char* v : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_DATA_DIRS"})
+        ::setenv(v, (home + "/" + v).c_str(), 1);
+    test::IppEvePrinter printer;
+    ASSERT_EQ(printer.start(TALMO_SOURCE_DIR "/tests/paperlib/data/papers-30.conf"), "") << "no test printer";
+    start("ipp://" + printer.address() + "/ipp/print");
+    QAction* library = nullptr;
+    for (QAction* action : GetControlByID(pane_, {FourCC("TSgb"), 1})->findChildren<QAction*>())
+        if (action->property("stockCommand").toUInt() == FourCC("Slib"))
+            library = action;
+    ASSERT_TRUE(library);
+    bool opened = false, fromHost = false;
+    for (int tries = 0; tries < 100 && !fromHost; ++tries) {
+        QTimer::singleShot(0, [&] {
+            auto* d = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+            QComboBox* list = d ? GetControlByID<QComboBox>(d, {FourCC("NPap"), 1}) : nullptr;
+            if (!(opened = list != nullptr))
+                return;
+            auto* refresh = GetControlByID<QToolButton>(d, {FourCC("NPap"), 2});
+            auto* message = GetControlByID<QWidget>(d, {FourCC("NPap"), 3});
+            auto* rows = GetControlByID<QTableView>(d, {FourCC("NPap"), 4})->model();
+            list->setCurrentIndex(1);
+            emit list->activated(1);
+            fromHost = rows->rowCount() == 32 && message->isHidden(); // the 31 papers and the default
+            if (fromHost) {
+                refresh->click();
+                EXPECT_FALSE(refresh->isEnabled()) << "no fetch started";
+                EXPECT_TRUE(QTest::qWaitFor(
+                    [&] { return refresh->isEnabled() && message->isHidden() && rows->rowCount() == 32; }, 20000));
+            }
+            d->reject();
+        });
+        library->trigger();
+        ASSERT_TRUE(opened);
+        QTest::qWait(100); // the pump serves the host's fetch
+    }
+    EXPECT_TRUE(fromHost) << "the table never held the host's papers as it opened";
+    std::filesystem::remove_all(home);
 }
 
 // Linked in rather than loaded, where the printer data is visible to the test.

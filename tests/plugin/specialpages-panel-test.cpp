@@ -216,8 +216,9 @@ TEST_F(SpecialPagesPanel, CoverOptionsDecideWhichCoversExist)
         });
         EXPECT_EQ(backEnabled, c.backEnabled);
         EXPECT_EQ(column(1), c.pages);
-        if (c.option[0] == 'S') // the back, blank until now, prints as the front does
+        if (c.option[0] == 'S') { // the back, blank until now, prints as the front does
             EXPECT_EQ(cell(1, 2), cell(0, 2));
+        }
     }
 }
 
