@@ -10,6 +10,10 @@
 #include <QComboBox>
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QSpinBox>
 #include <QTableView>
 #include <QTest>
 #include <QTextBrowser>
@@ -220,6 +224,67 @@ TEST_F(ShellDialog, TheHelpCommandShowsTheHelpBook)
     EXPECT_TRUE(help->source().path().endsWith("/help/index.html")) << help->source().toString().toStdString();
     EXPECT_TRUE(help->toPlainText().contains("Special Pages"));
     help->close();
+}
+
+// Import by the Advanced panel's button, as a user does: every panel shows the result; the ticket
+// saved is `talmo tpif import` merged in; the panel's export of it imports back unchanged.
+TEST_F(ShellDialog, ImportThroughTheAdvancedPanelReachesEveryPanelAndTheSavedTicket)
+{
+    for (const char* key : {kJobNotesUseJobNameKey, kJobNotesSenderUseLoginNameKey, kJobNotesRecipientUseLoginNameKey,
+                            kJobNotesJobNameKey, kJobNotesSenderNameKey, kJobNotesRecipientKey}) // names typed
+        session_.printSettings().set(
+            key, strstr(key, "Use") ? pl::ValuePtr(pl::makeBool(false)) : pl::makeString("Typed"), "t");
+    start();
+    const std::string data = TALMO_SOURCE_DIR "/tests/tpif/data/tpif-", dir = ::testing::TempDir() + "import-";
+    const std::string first = data + "finishing-colour.tpif", last = data + "plain-job.tpif";
+    chooser()->setCurrentIndex(4);
+    GetControlByID<QSpinBox>(pane_, {FourCC("BWmk"), 3})->setValue(18);
+    chooser()->setCurrentIndex(5);
+    ASSERT_EQ(t().Sync(context_, &session_, false), noErr);
+    const pl::DictPtr expected = session_.printSettings().asDictionary();
+    ASSERT_EQ(std::system((TALMO_CLI " tpif import " + first + " " + last + " -o " + dir + "in.plist").c_str()), 0);
+    const auto imported = pl::as<pl::Dictionary>(pl::readPlistFile(dir + "in.plist"));
+    for (const auto& [key, value] : *imported)
+        expected->set(key, value);
+
+    QStringList messages; // a file dialog gets `names`, a message its OK, the summary its default
+    auto press = [&](int button, const std::string& names) {
+        QTimer answer;
+        QObject::connect(&answer, &QTimer::timeout, [&] {
+            QWidget* modal = QApplication::activeModalWidget();
+            if (auto* chooser = qobject_cast<QFileDialog*>(modal)) {
+                chooser->findChild<QLineEdit*>("fileNameEdit")->setText(QString::fromStdString(names));
+                static_cast<QDialog*>(chooser)->accept();
+            } else if (auto* box = qobject_cast<QMessageBox*>(modal)) {
+                messages << box->text(), box->accept();
+            } else if (modal) {
+                modal->findChild<QAbstractButton*>("default")->click();
+            }
+        });
+        answer.start(20);
+        GetControlByID<QAbstractButton>(pane_, {FourCC("Advn"), button})->click();
+    };
+    press(10, "\"" + first + "\" \"" + last + "\"");
+    const std::tuple<ControlID, const char*> shown[] = {
+        {{FourCC("TImg"), 4}, "600 x 600 dpi"},      // Image Options: resolution
+        {{FourCC("JNot"), 1}, "Annual report 2026"}, // Job Notes: job name
+        {{FourCC("BWmk"), 3}, "18 pt"},              // Booklet and Watermark: the gutter, not in the files
+        {{FourCC("Advn"), 2}, "On"},                 // Advanced: rotation
+    };
+    for (const auto& [id, text] : shown) {
+        auto* combo = GetControlByID<QComboBox>(pane_, id);
+        EXPECT_EQ((combo ? combo->currentText() : GetControlByID<QSpinBox>(pane_, id)->text()).toStdString(), text);
+    }
+    ASSERT_EQ(t().Sync(context_, &session_, false), noErr);
+    const pl::DictPtr saved = session_.printSettings().asDictionary();
+    EXPECT_TRUE(pl::equal(saved, expected)) << pl::writePlist(saved) << pl::writePlist(expected);
+
+    std::filesystem::remove(dir + "exported.tpif"); // else the save dialog asks to replace it
+    press(11, dir + "exported.tpif");
+    press(10, "\"" + dir + "exported.tpif\"");
+    ASSERT_EQ(t().Sync(context_, &session_, false), noErr);
+    EXPECT_TRUE(pl::equal(session_.printSettings().asDictionary(), saved)) << "changed by its own export";
+    EXPECT_TRUE(messages.isEmpty()) << messages.join("; ").toStdString();
 }
 
 TEST_F(LoadedBundle, StatusesForMissingContextsAndSessions)
