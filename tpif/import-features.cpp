@@ -635,8 +635,19 @@ void afterOneToOne(std::string_view id, _TPIFImportFeatureContext& c, const pl::
         return;
     if (id == "SaveJobName") {
         dest->setBool("UseJobName", false);
+    } else if (id == "FormCreateName") {
+        // The forms record names a new form after the document unless told otherwise; the
+        // name came from the document, so it must stay the form's name.
+        dest->setInt("UseDocumentName", 0);
     } else if (id == "FormMergeName") {
         dest->setInt("UseExistingForm", 2);
+    } else if (id == "FormMergeCycle") {
+        // The forms dialog shows the apply-pages row, not the cycle: without the row that goes
+        // with the cycle it shows "Throughout Job" and its OK would turn the cycle into 1.
+        if (auto n = pl::as<pl::Integer>(v))
+            dest->setInt("ApplyPagesFrom", n->value == 1   ? kApplyThroughoutJob
+                                           : n->value == 0 ? kApplyOnce
+                                                           : kApplyOnceThenRepeat);
     } else if (id == "FormMergeShiftX" || id == "FormMergeShiftY") {
         if (auto n = pl::as<pl::Integer>(v))
             storeFormOffset(dest, id == "FormMergeShiftX" ? "X1" : "Y1", n->value);

@@ -255,6 +255,46 @@ TEST_F(FormOffsets, ExportImportSaveExportKeepTheNumbers)
     }
 }
 
+// A form read from a document is still the same form after the panel saves the record: a new
+// form keeps the imported name (not the document's), a merge keeps its apply-pages row.
+TEST_F(FormOffsets, ImportedFormSurvivesARecordSave)
+{
+    const struct {
+        const char* element;
+        int32_t applyPagesFrom;
+        const char* written; // the form's name line in the second export
+    } cases[] = {
+        {"<form-save syntax=\"collection\"><form-save-info syntax=\"1setOf\"><value syntax=\"collection\">"
+         "<form-save-name syntax=\"name\">Imported</form-save-name></value></form-save-info></form-save>",
+         kApplyThroughoutJob, "<form-save-name syntax=\"name\" xml:space=\"preserve\">Imported</form-save-name>"},
+        {"<forms-col syntax=\"1setOf\"><value syntax=\"collection\"><form-name syntax=\"name\">F</form-name>"
+         "<form-cycle-start syntax=\"integer\">1</form-cycle-start></value></forms-col>",
+         kApplyThroughoutJob, "<form-cycle-start syntax=\"integer\">1</form-cycle-start>"},
+        {"<forms-col syntax=\"1setOf\"><value syntax=\"collection\"><form-name syntax=\"name\">F</form-name>"
+         "<form-cycle-start syntax=\"integer\">0</form-cycle-start></value></forms-col>",
+         kApplyOnce, "<form-cycle-start syntax=\"integer\">0</form-cycle-start>"},
+        {"<forms-col syntax=\"1setOf\"><value syntax=\"collection\"><form-name syntax=\"name\">F</form-name>"
+         "<form-cycle-start syntax=\"integer\">7</form-cycle-start></value></forms-col>",
+         kApplyOnceThenRepeat, "<form-cycle-start syntax=\"integer\">7</form-cycle-start>"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.element);
+        Ticket saved;
+        ASSERT_EQ(saved.loadDictionary(importText(jobDoc(c.element)), "TALMO"), noErr);
+        pl::DictPtr stored;
+        ASSERT_EQ(TicketGetDict(&saved, kBackgroundFormsOptionsKey, &stored), noErr);
+        const BackgroundFormsOptions record(stored);
+        int32_t row = 0;
+        record.applyPagesFrom(&row);
+        EXPECT_EQ(row, c.applyPagesFrom);
+        ASSERT_EQ(WriteBackgroundFormsToTicket(record, 9, &saved), noErr);
+        auto again = saved.asDictionary();
+        again->set("com.talmo.print.TPIFOptions", tpiftest::plistDict(kAll)->get("com.talmo.print.TPIFOptions"));
+        again->setString("com.apple.print.JobInfo.PMJobName", "document.pdf");
+        EXPECT_NE(tpiftest::render(again).find(c.written), std::string::npos);
+    }
+}
+
 // ---- files ----
 
 std::string writeTemp(const std::string& name, const std::string& text)
