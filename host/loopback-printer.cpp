@@ -7,6 +7,7 @@
 #include <netinet/in.h>
 #include <signal.h>
 #include <sys/socket.h>
+#include <sys/prctl.h>
 #include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -98,6 +99,7 @@ ChildProcess::ChildProcess(const std::vector<std::string>& argv, const std::stri
     for (const std::string& a : argv)
         args.push_back(const_cast<char*>(a.c_str()));
     args.push_back(nullptr);
+    const pid_t parent = ::getpid();
     const pid_t pid = ::fork();
     if (pid == 0) {
         const int log = ::open(logPath.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
@@ -106,6 +108,10 @@ ChildProcess::ChildProcess(const std::vector<std::string>& argv, const std::stri
             ::dup2(log, 2);
         }
         ::setpgid(0, 0);
+        // A parent that dies without stopping us (killed, crashed) must not leave a server behind.
+        ::prctl(PR_SET_PDEATHSIG, SIGTERM);
+        if (::getppid() != parent)
+            ::_exit(0);
         ::execv(args[0], args.data());
         ::_exit(127);
     }
