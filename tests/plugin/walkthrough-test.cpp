@@ -101,6 +101,7 @@ protected:
         ASSERT_EQ(instance_->vtablePtr->QueryInterface(instance_, bytesOf(kExtension), (void**)&intf_), 0);
         Printer p = DemoPrinter();
         p.deviceURI = printer_.uri();
+        p.ppdPath = kSource + "/resources/ppd/talmo-studio-press.ppd"; // not found here: the bundle is not ours
         session_.setPrinter(p);
         session_.printSettings().set(host::kPMJobNameKey, pl::makeString("sample.pdf"), "talmo-print");
         ASSERT_EQ(t().Prologue(&context_, nullptr, nullptr, nullptr, nullptr, nullptr), noErr);
