@@ -4,6 +4,8 @@
 #include "host/extension.h"
 #include "host/print-job.h"
 
+#include <QAbstractButton>
+#include <QAction>
 #include <QApplication>
 #include <QComboBox>
 #include <QCommandLineParser>
@@ -11,6 +13,7 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QLabel>
+#include <QMenu>
 #include <QMessageBox>
 #include <QPixmap>
 #include <QPrintDialog>
@@ -36,6 +39,7 @@ constexpr const char* kCreator = "talmo-print";
 struct Options {
     QString printer, file, ticket, saveTicket, screenshot;
     int panel = 0;
+    uint32_t command = 0; // four characters, first in the high byte
     bool print = false, summary = false;
     bool automated() const { return print || summary || !saveTicket.isEmpty() || !screenshot.isEmpty(); }
 };
@@ -185,15 +189,57 @@ public:
         return out;
     }
 
-    bool screenshot(const QString& path, std::string* error)
+    bool screenshot(const QString& path, std::string* error) { return savePicture(dialog_.get(), path, error); }
+
+    // Sends `command` as the control of the extension that carries it would: the button in
+    // view is clicked, or the enabled menu item of a button in view is triggered (the bundle's
+    // controls name their command in the dynamic property "command"). The first modal dialog
+    // that comes up is saved to `picture` when one is given; with `closeModals` every modal
+    // dialog is cancelled once it is up, so that a scripted run goes on.
+    bool command(uint32_t command, const QString& picture, bool closeModals, std::string* error)
     {
-        QApplication::processEvents();
-        QSaveFile file(path);
-        if (!file.open(QIODevice::WriteOnly) || !dialog_->grab().save(&file, "PNG") || !file.commit()) {
-            *error = "cannot write " + path.toStdString() + ": " + file.errorString().toStdString();
+        QObject* carrier = nullptr;
+        for (QAbstractButton* b : pane_->findChildren<QAbstractButton*>())
+            if (!carrier && b->property("command").toUInt() == command && b->isVisible() && b->isEnabled())
+                carrier = b;
+        for (QAction* a : pane_->findChildren<QAction*>()) {
+            QWidget* owner = qobject_cast<QWidget*>(a->parent());
+            while (qobject_cast<QMenu*>(owner))
+                owner = owner->parentWidget();
+            if (!carrier && a->property("command").toUInt() == command && a->isEnabled() && owner && owner->isVisible())
+                carrier = a;
+        }
+        if (!carrier) {
+            *error = "no control in view carries the command \"" + fourCharacters(command) + "\"";
             return false;
         }
-        return true;
+        bool saved = picture.isEmpty(), failed = false;
+        int seen = 0;
+        QTimer watch;
+        watch.setInterval(50);
+        QObject::connect(&watch, &QTimer::timeout, [&] {
+            QWidget* modal = QApplication::activeModalWidget();
+            if (!modal || modal == dialog_.get() || ++seen < 3) // laid out and painted first
+                return;
+            if (!saved)
+                saved = true, failed = !savePicture(modal, picture, error);
+            if (closeModals) {
+                seen = 0;
+                if (auto* d = qobject_cast<QDialog*>(modal))
+                    d->reject();
+                else
+                    modal->close();
+            }
+        });
+        watch.start();
+        if (auto* button = qobject_cast<QAbstractButton*>(carrier))
+            button->click();
+        else
+            static_cast<QAction*>(carrier)->trigger();
+        watch.stop();
+        if (!saved)
+            *error = "the command \"" + fourCharacters(command) + "\" opened no dialog";
+        return saved && !failed;
     }
 
     void finish(OSStatus status)
@@ -211,6 +257,21 @@ public:
     QPrintDialog& dialog() { return *dialog_; }
 
 private:
+    static std::string fourCharacters(uint32_t c)
+    {
+        return {char(c >> 24), char(c >> 16 & 0xFF), char(c >> 8 & 0xFF), char(c & 0xFF)};
+    }
+    static bool savePicture(QWidget* window, const QString& path, std::string* error)
+    {
+        QApplication::processEvents();
+        QSaveFile file(path);
+        if (!file.open(QIODevice::WriteOnly) || !window->grab().save(&file, "PNG") || !file.commit()) {
+            *error = "cannot write " + path.toStdString() + ": " + file.errorString().toStdString();
+            return false;
+        }
+        return true;
+    }
+
     PlugInIntfVTable& table() { return ext_.table(); }
     PrintSession& session_;
     Extension& ext_;
@@ -332,7 +393,11 @@ int main(int argc, char* argv[])
         {"save-ticket", "Sync as Print would, write the print settings ticket, exit without printing.", "OUT.plist"},
         {"print", "Press Print at once: sync and print, exit when the printer accepted the job."},
         {"summary", "Print the extension's summary, one TITLE<TAB>TEXT per line."},
-        {"screenshot", "Save a picture of the dialog.", "OUT.png"},
+        {"screenshot", "Save a picture of the dialog (of the modal dialog that --command opens).", "OUT.png"},
+        {"command",
+         "After the dialog is shown, send this four-character command (\"Abou\", \"TWmN\", ...) to the "
+         "extension, as the button or menu item in view that carries it would.",
+         "CODE"},
     });
     parser.addPositionalArgument("FILE.pdf", "The document to print.");
     parser.process(app);
@@ -348,6 +413,13 @@ int main(int argc, char* argv[])
         o.panel = parser.value("panel").toInt(&ok);
         if (!ok || o.panel < 1 || o.panel > 6)
             return complain("--panel takes a number from 1 to 6", 2);
+    }
+    if (parser.isSet("command")) {
+        const QByteArray code = parser.value("command").toLatin1();
+        if (code.size() != 4 || parser.value("command").size() != 4)
+            return complain("--command takes four characters", 2);
+        for (char c : code)
+            o.command = o.command << 8 | uint8_t(c);
     }
     if (parser.positionalArguments().size() > 1)
         return complain("give one PDF file", 2);
@@ -408,8 +480,10 @@ int main(int argc, char* argv[])
     host.show(o.panel);
     host.showPrinter(session.printer());
 
+    if (o.command && !host.command(o.command, o.screenshot, o.automated(), &error))
+        return complain(error);
     if (o.automated()) {
-        if (!o.screenshot.isEmpty() && !host.screenshot(o.screenshot, &error))
+        if (!o.command && !o.screenshot.isEmpty() && !host.screenshot(o.screenshot, &error))
             return complain(error);
         if (o.summary)
             for (const auto& [title, text] : host.summary()) {

@@ -61,12 +61,15 @@ int32_t customIndex(std::string_view keyword)
 
 std::mutex gListMutex;
 std::shared_ptr<const std::vector<Stock>> gPrinterStockList = std::make_shared<const std::vector<Stock>>();
+std::string gListAddress, gListMoreInfo; // of the fetch that made the list
 
-void publish(std::vector<Stock> stocks)
+void publish(std::vector<Stock> stocks, std::string address = {}, std::string moreInfo = {})
 {
     auto list = std::make_shared<const std::vector<Stock>>(std::move(stocks));
     std::lock_guard<std::mutex> lock(gListMutex);
     gPrinterStockList = std::move(list); // the old list goes with its last reader
+    gListAddress = std::move(address);
+    gListMoreInfo = std::move(moreInfo);
 }
 
 // --- reading one media collection ---
@@ -330,7 +333,7 @@ ssize_t readFromMemory(void* context, ipp_uchar_t* buffer, size_t length)
 
 } // namespace
 
-OSStatus StocksFromIppAnswer(std::string_view bytes, std::vector<Stock>& out)
+OSStatus StocksFromIppAnswer(std::string_view bytes, std::vector<Stock>& out, std::string* moreInfo)
 {
     IppPtr response(ippNew());
     if (!response)
@@ -350,6 +353,11 @@ OSStatus StocksFromIppAnswer(std::string_view bytes, std::vector<Stock>& out)
         return kPrinterStockBadAnswerErr;
     }
     out = StocksFromMediaCollections(response.get());
+    if (moreInfo) {
+        ipp_attribute_t* a = ippFindAttribute(response.get(), "printer-more-info", IPP_TAG_URI);
+        const char* uri = a ? ippGetString(a, 0, nullptr) : nullptr;
+        *moreInfo = uri ? uri : "";
+    }
     return noErr;
 }
 
@@ -571,8 +579,9 @@ OSStatus RetrievePrinterStockLibrary(std::string_view address, const PrinterStoc
     ippAddString(request.get(), IPP_TAG_OPERATION, IPP_TAG_URI, "printer-uri", nullptr, printerUri.c_str());
     ippAddString(request.get(), IPP_TAG_OPERATION, IPP_TAG_MIMETYPE, "document-format", nullptr,
                  "application/octet-stream");
-    ippAddString(request.get(), IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "requested-attributes", nullptr,
-                 "media-col-database");
+    // The printer's web page comes with the papers, for the About dialog's link.
+    static constexpr const char* kRequested[] = {"media-col-database", "printer-more-info"};
+    ippAddStrings(request.get(), IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "requested-attributes", 2, nullptr, kRequested);
 
     http_status_t status = cupsSendRequest(http.get(), request.get(), "/", ippLength(request.get()));
     if (status != HTTP_STATUS_CONTINUE && status != HTTP_STATUS_OK)
@@ -614,10 +623,15 @@ OSStatus RetrievePrinterStockLibrary(std::string_view address, const PrinterStoc
         return memFullErr;
     }
     std::vector<Stock> stocks;
-    const OSStatus parsed = StocksFromIppAnswer(body, stocks);
+    std::string moreInfo;
+    const OSStatus parsed = StocksFromIppAnswer(body, stocks, &moreInfo);
     if (parsed != noErr)
         return parsed == kPrinterStockBadAnswerErr ? badAnswer("the answer is not a usable IPP response") : parsed;
-    publish(std::move(stocks));
+    try {
+        publish(std::move(stocks), where->host + ":" + std::to_string(where->port), std::move(moreInfo));
+    } catch (const std::bad_alloc&) {
+        return memFullErr;
+    }
     return noErr;
 }
 
@@ -628,5 +642,17 @@ std::shared_ptr<const std::vector<Stock>> PrinterStockList()
 }
 
 void ResetPrinterStockList() { publish({}); }
+
+std::optional<std::string> PrinterMoreInfoURI(std::string_view address)
+{
+    // The same printer however its address is written ("host:631", "ipp://host/...").
+    const auto where = address.empty() ? std::nullopt : ParsePrinterAddress(address);
+    if (!where)
+        return std::nullopt;
+    std::lock_guard<std::mutex> lock(gListMutex);
+    if (gListMoreInfo.empty() || where->host + ":" + std::to_string(where->port) != gListAddress)
+        return std::nullopt;
+    return gListMoreInfo;
+}
 
 } // namespace talmo

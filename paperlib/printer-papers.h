@@ -56,14 +56,20 @@ OSStatus RetrievePrinterStockLibrary(std::string_view address, const PrinterStoc
 
 // Parses a whole IPP answer (as received, after the HTTP headers) into stocks. noErr with the
 // stocks when it parses and its status is successful; kPrinterStockBadAnswerErr otherwise
-// (`out` untouched).
-OSStatus StocksFromIppAnswer(std::string_view bytes, std::vector<Stock>& out);
+// (`out` untouched). `moreInfo`, when given, gets the printer's "printer-more-info" URI (empty
+// when the answer has none).
+OSStatus StocksFromIppAnswer(std::string_view bytes, std::vector<Stock>& out, std::string* moreInfo = nullptr);
 
 // The printer stock list of the last successful fetch (empty before), in the printer's order.
 // Safe to call from any thread; the list is shared, never changed once published.
 std::shared_ptr<const std::vector<Stock>> PrinterStockList();
 // Drops the list (tests; a new dialog session).
 void ResetPrinterStockList();
+
+// The web page ("printer-more-info") that the printer at `address` gave with its paper list, when
+// the last successful fetch was from that address and the answer had one. The fetch asks for it
+// in the same request, so knowing it never costs the dialog a wait.
+std::optional<std::string> PrinterMoreInfoURI(std::string_view address);
 
 // Every begin-collection value of `response` turned into a Stock, in order.
 std::vector<Stock> StocksFromMediaCollections(ipp_t* response);

@@ -48,6 +48,8 @@ std::optional<Printer> CupsPrinter(const std::string& name, int timeoutMs, const
         p.deviceURI = uri;
     if (const char* mm = cupsGetOption("printer-make-and-model", dest->num_options, dest->options))
         p.makeAndModel = mm;
+    if (const char* page = cupsGetOption("printer-more-info", dest->num_options, dest->options))
+        p.moreInfoURI = page;
     cupsFreeDests(1, dest);
     if (remaining() == 0)
         return std::nullopt;

@@ -71,6 +71,7 @@ struct Printer {
     std::string makeAndModel;
     std::string ppdPath; // empty when the printer has no PPD
     bool isDemo = false;
+    std::string moreInfoURI; // the printer's own web page ("printer-more-info"); empty when unknown
 };
 
 // The built-in demo printer, whose PPD is the bundle's "ppd/talmo-studio-press.ppd" resource (or the
@@ -78,7 +79,7 @@ struct Printer {
 // URI is "file:///dev/null": no host, so nothing ever contacts a network.
 Printer DemoPrinter();
 
-// A CUPS destination: name, device URI, make and model, and its PPD fetched with
+// A CUPS destination: name, device URI, make and model, web page, and its PPD fetched with
 // cupsGetPPD2 into a temporary file that the caller owns (remove it when done). Every
 // request shares one deadline of `timeoutMs`; nullopt when the server is unreachable, the
 // destination unknown or the deadline passed. An empty name asks for the default

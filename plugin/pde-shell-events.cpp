@@ -112,7 +112,7 @@ bool pdeShellEventHandler(QEvent* event, PDEShellContext* c)
         const auto* user = static_cast<UserEvent*>(event);
         if (user->eventClass() != kEventClassTPDE || user->eventKind() != kEventKindPaperList)
             return false;
-        ReplacePrinterPaperListFromStocks();
+        TakePaperListEvent();
         return true;
     }
     return false;

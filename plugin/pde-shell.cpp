@@ -345,6 +345,9 @@ OSStatus Initialize(PMPDEContext context, PMPDEFlags* flags, PMPDERef ref, Contr
         c->session = printSession;
         // The import and export reach the panels through this hook: panels cannot call the host.
         TPIFSetPDESyncHandler([](PrintSession* session, int direction) { PDESync(session, direction == 1); });
+        // The library dialog's printer list comes from the thread this host runs, when it runs one.
+        SetHostPrinterPaperProvider(
+            [](NamedPaperDialogSources& sources) { return AttachThreadPrinterPapers(gPDEShellContext, sources); });
         auto* pane = static_cast<QWidget*>(parentUserPane);
         if (!pane || !canMakeWidgets() || !c->bundle->resourcePath("PDE_Shell.Window.ui")) {
             std::fprintf(stderr, "Initialize()::CreateNibReferenceWithCFBundle() failed.\n");
@@ -434,6 +437,7 @@ OSStatus Open(PMPDEContext context)
 
         if (c->session)
             if (auto host = PrinterHostFromDeviceURI(c->session->printer().deviceURI)) {
+                ForgetPaperListOutcome();
                 c->handler->startPaperListPump();
                 if (MySpawnThread(kPDEShellBundleIdentifier, *host, c->handler->windowRef()) != noErr)
                     c->handler->stopPaperListPump();
@@ -489,6 +493,7 @@ OSStatus Terminate(PMPDEContext context, OSStatus status)
         if (gPDEShellContext == c) {
             gPDEShellContext = nullptr;
             TPIFSetPDESyncHandler(nullptr);
+            SetHostPrinterPaperProvider(nullptr);
         }
         delete c;
         PPDCloseCurrent();

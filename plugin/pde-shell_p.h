@@ -2,6 +2,7 @@
 // dialog window and the pump of the main thread's run loop.
 #pragma once
 
+#include "panels/dialogs/named-paper-dialog.h"
 #include "paperlib/paperlib.h"
 #include "plugin/plugin.h"
 #include "toolkit/toolkit.h"
@@ -82,5 +83,13 @@ int16_t PreviousPanelID(int16_t current, int16_t count);
 void SetChooserValue(PDEShellContext* context, int16_t panelID);
 // Builds the printer paper list from the printer's last answer.
 void ReplacePrinterPaperListFromStocks();
+
+// The paper list thread's answer, as the library dialog sees it (pde-shell-papers.cpp).
+// A list event arrived: the printer paper list is rebuilt and the outcome kept for the dialog.
+PrinterPaperOutcome TakePaperListEvent();
+// A new thread starts: no outcome until its first list event.
+void ForgetPaperListOutcome();
+// The dialog's printer callbacks through the host's thread; false when no thread runs.
+bool AttachThreadPrinterPapers(const PDEShellContext* context, NamedPaperDialogSources& sources);
 
 } // namespace talmo

@@ -9,6 +9,36 @@ namespace talmo {
 
 namespace {
 constexpr char kCommandProperty[] = "command";
+
+class CommandHandler : public QObject {
+public:
+    CommandHandler(QObject* owner, std::function<bool(uint32_t)> handler) : QObject(owner), handler_(std::move(handler))
+    {
+    }
+    void watch(QWidget* window, std::function<bool(uint32_t)> handler)
+    {
+        if (window_)
+            window_->removeEventFilter(this);
+        window_ = window;
+        handler_ = std::move(handler);
+        if (window_)
+            window_->installEventFilter(this);
+    }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() != CommandEvent::eventType() || !handler_ ||
+            !handler_(static_cast<CommandEvent*>(event)->command()))
+            return QObject::eventFilter(watched, event);
+        event->accept();
+        return true;
+    }
+
+private:
+    QPointer<QWidget> window_;
+    std::function<bool(uint32_t)> handler_;
+};
 } // namespace
 
 QEvent::Type CommandEvent::eventType()
@@ -59,6 +89,19 @@ uint32_t GetCommand(const QObject* object)
 {
     const QVariant v = object ? object->property(kCommandProperty) : QVariant();
     return v.isValid() ? v.toUInt() : 0;
+}
+
+void InstallCommandHandler(QWidget* window, QObject* owner, std::function<bool(uint32_t)> handler)
+{
+    if (!owner)
+        return;
+    CommandHandler* h = nullptr;
+    for (QObject* child : owner->children())
+        if ((h = dynamic_cast<CommandHandler*>(child)))
+            break;
+    if (!h)
+        h = new CommandHandler(owner, nullptr);
+    h->watch(window, std::move(handler));
 }
 
 } // namespace talmo

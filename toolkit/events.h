@@ -10,6 +10,7 @@
 #include <QEvent>
 
 #include <cstdint>
+#include <functional>
 
 class QAbstractButton;
 class QWidget;
@@ -48,5 +49,10 @@ void ConnectCommand(QAbstractButton* button, uint32_t command);
 // A menu item carrying `command`; triggering it sends the command to `window`.
 QAction* CommandAction(const QString& text, uint32_t command, QWidget* window);
 uint32_t GetCommand(const QObject* buttonOrAction); // 0 when none
+
+// Makes `handler` a command handler of `window` for as long as `owner` lives: a command it
+// answers true for is taken; the rest go on to the window's other handlers. Calling it again
+// for the same owner moves the handler to the new window.
+void InstallCommandHandler(QWidget* window, QObject* owner, std::function<bool(uint32_t)> handler);
 
 } // namespace talmo

@@ -10,7 +10,11 @@
 #include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QStyle>
+#include <QTextDocument>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace talmo::advanced {
 
@@ -58,7 +62,21 @@ OSStatus DisplayTPIFImportExportSummary(const Bundle& bundle, const pl::DictPtr&
     view->setObjectName("summary");
     view->setReadOnly(true);
     view->setLineWrapMode(QPlainTextEdit::NoWrap);
-    view->setMinimumSize(420, 320);
+    // Indents of four blanks rather than Qt's 80 pixels, and as wide as the longest line within
+    // the pane's width (a longer line scrolls).
+    const QFontMetrics metrics(view->font());
+    const int tab = metrics.horizontalAdvance(QStringLiteral("    "));
+    view->setTabStopDistance(tab);
+    int widest = 0;
+    for (const QString& line : view->toPlainText().split('\n')) {
+        qsizetype tabs = 0;
+        while (tabs < line.size() && line[tabs] == '\t')
+            ++tabs;
+        widest = std::max(widest, int(tabs) * tab + metrics.horizontalAdvance(line.mid(tabs)));
+    }
+    const int chrome = 2 * view->frameWidth() + 2 * int(view->document()->documentMargin()) +
+                       view->style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+    view->setMinimumSize(std::clamp(widest + chrome, 420, 500), 320);
     layout->addWidget(view);
     auto* buttons = new QDialogButtonBox;
     auto* copyAll = buttons->addButton(text(bundle, kTPIFSummaryCopyAllButton), QDialogButtonBox::ActionRole);

@@ -28,7 +28,8 @@ OSStatus RunModalTPIFImportDialog(const Bundle& bundle, PrintSession* session, Q
 // a message and leaves any earlier file as it was.
 OSStatus RunModalTPIFExportDialog(const Bundle& bundle, PrintSession* session, QString path, QWidget* parent = nullptr);
 
-// Version, printer model and the device picture.
+// Version, printer model and the device picture; the picture opens the printer's web page when
+// the printer has one.
 OSStatus RunModalAboutDialog(const Bundle& bundle, PrintSession* session, QWidget* parent = nullptr);
 
 } // namespace talmo::advanced

@@ -103,22 +103,47 @@ void showSettings(AdvancedContext* c)
     enableRange(c);
 }
 
-// The bundle is looked up on each click: the panel may outlive the one it was built with.
+// The three buttons send their commands to the window, where the panel's handler runs them
+// (so a host can send them too). The bundle is looked up each time: the panel may outlive the
+// one it was built with.
+constexpr uint32_t kImportCommand = FourCC("TPim");
+constexpr uint32_t kExportCommand = FourCC("TPex");
+constexpr uint32_t kAboutCommand = FourCC("Abou");
+
+bool AdvancedEventHandler(AdvancedContext* c, uint32_t command)
+{
+    const Bundle* bundle = ExtensionBundle();
+    if (!bundle || !c->content)
+        return false;
+    switch (command) {
+    case kImportCommand:
+        RunModalTPIFImportDialog(*bundle, c->session, {}, c->content);
+        return true;
+    case kExportCommand:
+        RunModalTPIFExportDialog(*bundle, c->session, {}, c->content);
+        return true;
+    case kAboutCommand:
+        RunModalAboutDialog(*bundle, c->session, c->content);
+        return true;
+    default:
+        return false;
+    }
+}
+
+void watchWindow(AdvancedContext* c)
+{
+    if (c && c->content)
+        InstallCommandHandler(c->content->window(), c->content,
+                              [c](uint32_t command) { return AdvancedEventHandler(c, command); });
+}
+
 void connectCommands(AdvancedContext* c)
 {
-    QWidget* root = c->content;
-    auto command = [&](int number, auto run) {
-        if (auto* button = GetControlByID<QPushButton>(root, {kAdvancedSignature, number}))
-            QObject::connect(button, &QPushButton::clicked, button, [c, run] {
-                if (const Bundle* bundle = ExtensionBundle())
-                    run(*bundle, c);
-            });
-    };
-    command(kImportControl,
-            [](const Bundle& b, AdvancedContext* c) { RunModalTPIFImportDialog(b, c->session, {}, c->content); });
-    command(kExportControl,
-            [](const Bundle& b, AdvancedContext* c) { RunModalTPIFExportDialog(b, c->session, {}, c->content); });
-    command(kAboutControl, [](const Bundle& b, AdvancedContext* c) { RunModalAboutDialog(b, c->session, c->content); });
+    for (auto [number, command] :
+         {std::pair{kImportControl, kImportCommand}, {kExportControl, kExportCommand}, {kAboutControl, kAboutCommand}})
+        if (auto* button = GetControlByID<QPushButton>(c->content, {kAdvancedSignature, number}))
+            ConnectCommand(button, command);
+    watchWindow(c);
 }
 
 QString localized(const char* key)
@@ -193,6 +218,15 @@ OSStatus GetSummaryText(PMPDEContext context, pl::ArrayPtr* titleArray, pl::Arra
     return noErr;
 }
 
+// The host moves the panel into its dialog on the first Open; the handler follows it there.
+OSStatus Open(PMPDEContext context)
+{
+    const OSStatus status = panels::PanelOpen(context);
+    if (status == noErr)
+        watchWindow(asContext(context));
+    return status;
+}
+
 OSStatus Terminate(PMPDEContext context, OSStatus) { return panels::PanelTerminate(context); }
 
 } // namespace
@@ -200,7 +234,7 @@ OSStatus Terminate(PMPDEContext context, OSStatus) { return panels::PanelTermina
 OSStatus CreatePanelInterface(PlugInIntf** intf)
 {
     return panels::MakePanelInterface(intf, {nullptr, nullptr, nullptr, &Prologue, &Initialize, &Sync, &GetSummaryText,
-                                             &panels::PanelOpen, &panels::PanelClose, &Terminate});
+                                             &Open, &panels::PanelClose, &Terminate});
 }
 
 } // namespace talmo::advanced

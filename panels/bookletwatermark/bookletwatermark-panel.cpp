@@ -95,6 +95,36 @@ void runEditorCommand(BookletWatermarkContext* c, int32_t reference)
     showSettings(c);
 }
 
+bool BookletWatermarkEventHandler(BookletWatermarkContext* c, uint32_t command)
+{
+    if (!c->built())
+        return false;
+    int32_t reference = 0; // the menu rows of _WatermarkMap that carry these commands
+    switch (command) {
+    case FourCC("TWmN"):
+        reference = kNewReference;
+        break;
+    case FourCC("TWmE"):
+        reference = kEditReference;
+        break;
+    case FourCC("TWmD"):
+        reference = kDeleteReference;
+        break;
+    default:
+        return false;
+    }
+    if (reference == kNewReference || !c->settings.watermark.empty())
+        runEditorCommand(c, reference);
+    return true;
+}
+
+void watchWindow(BookletWatermarkContext* c)
+{
+    if (c && c->content)
+        InstallCommandHandler(c->content->window(), c->content,
+                              [c](uint32_t command) { return BookletWatermarkEventHandler(c, command); });
+}
+
 // The menu is rebuilt on every change so that its check marks follow the settings.
 void buildMenu(BookletWatermarkContext* c)
 {
@@ -132,17 +162,19 @@ void buildMenu(BookletWatermarkContext* c)
             }
             continue;
         }
-        QAction* action = menu->addAction(QString::fromStdString(item.label));
+        const QString label = QString::fromStdString(item.label);
+        const bool edits =
+            item.reference == kNewReference || item.reference == kEditReference || item.reference == kDeleteReference;
+        // "New...", "Edit..." and "Delete" send their commands to the window's handler.
+        QAction* action = edits ? CommandAction(label, item.command, c->watermark->window()) : new QAction(label);
+        action->setParent(menu); // goes with the menu
+        menu->addAction(action);
         const bool chooses = item.command == kWatermarkNameCommand || item.command == FourCC("TWmX");
         action->setCheckable(chooses);
         action->setChecked(marks.items[i]);
         if (!chooses) {
-            const int32_t reference = item.reference;
-            if (reference == kEditReference || reference == kDeleteReference)
+            if (item.reference == kEditReference || item.reference == kDeleteReference)
                 action->setEnabled(!c->settings.watermark.empty());
-            if (reference == kNewReference || reference == kEditReference || reference == kDeleteReference)
-                QObject::connect(action, &QAction::triggered, c->watermark,
-                                 [c, reference] { runEditorCommand(c, reference); });
             continue;
         }
         const std::string name = item.command == kWatermarkNameCommand ? item.label : std::string();
@@ -204,6 +236,7 @@ OSStatus Initialize(PMPDEContext context, PMPDEFlags*, PMPDERef, ControlRef pane
     c->creep->setRange(0, kMaxCreep);
     for (QSpinBox* spin : {c->gutter.data(), c->creep.data()})
         spin->setSuffix(points);
+    watchWindow(c);
     LoadWatermarkListWithDefaults(localized);
     Ticket* ticket = nullptr;
     if (session && GetTicketFromSession(session, kPMPrintSettingsTicket, &ticket) == noErr && ticket)
@@ -252,6 +285,15 @@ OSStatus GetSummaryText(PMPDEContext context, pl::ArrayPtr* titleArray, pl::Arra
     return noErr;
 }
 
+// The host moves the panel into its dialog on the first Open; the handler follows it there.
+OSStatus Open(PMPDEContext context)
+{
+    const OSStatus status = panels::PanelOpen(context);
+    if (status == noErr)
+        watchWindow(asContext(context));
+    return status;
+}
+
 OSStatus Terminate(PMPDEContext context, OSStatus) { return panels::PanelTerminate(context); }
 
 } // namespace
@@ -259,7 +301,7 @@ OSStatus Terminate(PMPDEContext context, OSStatus) { return panels::PanelTermina
 OSStatus CreatePanelInterface(PlugInIntf** intf)
 {
     return panels::MakePanelInterface(intf, {nullptr, nullptr, nullptr, &Prologue, &Initialize, &Sync, &GetSummaryText,
-                                             &panels::PanelOpen, &panels::PanelClose, &Terminate});
+                                             &Open, &panels::PanelClose, &Terminate});
 }
 
 } // namespace talmo::bookletwatermark

@@ -147,8 +147,10 @@ bool ConvertChosenWatermarkFont(const BookletWatermarkSettings& settings, std::s
     }
     if (!record.isText)
         return true; // a picture has no font
-    if (record.glyphs.empty()) {
-        // Drawing records the glyphs (and saves them); the surface size does not matter.
+    {
+        // The file keeps only glyphCount bytes of the glyph ids, the first half, so a loaded
+        // record lacks the rest of its text's glyphs and a subset of them would print holes.
+        // Drawing records the whole list again; the surface size does not matter.
         std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)> surface(
             cairo_image_surface_create(CAIRO_FORMAT_A8, 1, 1), &cairo_surface_destroy);
         std::unique_ptr<cairo_t, decltype(&cairo_destroy)> cr(cairo_create(surface.get()), &cairo_destroy);

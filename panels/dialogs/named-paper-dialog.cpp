@@ -545,6 +545,27 @@ void PrinterPaperFetcher::attach(const std::shared_ptr<PrinterPaperFetcher>& fet
     };
 }
 
+namespace {
+HostPrinterPaperProvider& hostPrinterPaperProvider()
+{
+    static HostPrinterPaperProvider provider;
+    return provider;
+}
+} // namespace
+
+void SetHostPrinterPaperProvider(HostPrinterPaperProvider provider)
+{
+    hostPrinterPaperProvider() = std::move(provider);
+}
+
+void AttachPrinterPapers(const std::shared_ptr<PrinterPaperFetcher>& fallback, NamedPaperDialogSources& sources)
+{
+    if (const HostPrinterPaperProvider& host = hostPrinterPaperProvider(); host && host(sources))
+        return;
+    if (fallback)
+        PrinterPaperFetcher::attach(fallback, sources);
+}
+
 std::optional<Stock> RunModalNamedPaperDialog(QWidget* parent, const Bundle& bundle,
                                               const NamedPaperDialogSources& sources)
 {

@@ -75,6 +75,16 @@ private:
     QPointer<QObject> receiver_;
 };
 
+// The panel host's paper list thread as the printer's source. The host, which runs that thread
+// for the session's printer, sets the provider (panels cannot call the host); it fills the
+// sources' printer callbacks and returns true, or returns false when it runs no thread (a
+// "pap:" or file URI, or before it opened). Unset without a host.
+using HostPrinterPaperProvider = std::function<bool(NamedPaperDialogSources&)>;
+void SetHostPrinterPaperProvider(HostPrinterPaperProvider provider);
+// The sources' printer callbacks: the host's thread when it serves one, else `fallback` (which
+// may be null: no printer list).
+void AttachPrinterPapers(const std::shared_ptr<PrinterPaperFetcher>& fallback, NamedPaperDialogSources& sources);
+
 // Runs the library dialog. Returns the paper chosen with "Use In Job", repaired for the current
 // printer (validateAndFixStockEntry), or nullopt on Close. Every change to the user's list is
 // stored at once; the table's column widths and selected row are stored when it closes.

@@ -171,8 +171,7 @@ NamedPaperDialogSources librarySources(PaperOutputContext* c)
     sources.jobStock = &c->libraryJobStock;
     for (const Stock& stock : c->libraryPageStocks)
         sources.pageStocks.push_back(&stock);
-    if (c->fetcher)
-        PrinterPaperFetcher::attach(c->fetcher, sources);
+    AttachPrinterPapers(c->fetcher, sources);
     return sources;
 }
 

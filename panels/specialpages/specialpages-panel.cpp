@@ -151,7 +151,7 @@ PrinterPaperSource printerPapers(SpecialPagesContext* c)
         return source;
     if (!c->fetcher)
         c->fetcher = PrinterPaperFetcher::forDeviceURI(c->session->printer().deviceURI);
-    PrinterPaperFetcher::attach(c->fetcher, source);
+    AttachPrinterPapers(c->fetcher, source);
     return source;
 }
 

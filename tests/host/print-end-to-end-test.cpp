@@ -19,6 +19,7 @@
 #include <memory>
 #include <regex>
 #include <set>
+#include <tuple>
 #include <sstream>
 
 using namespace talmo;
@@ -264,6 +265,20 @@ TEST_F(HostRuns, EveryPanelScreenshotShowsTheDialog)
         pictures.insert(QByteArray(reinterpret_cast<const char*>(image.constBits()), image.sizeInBytes()));
     }
     EXPECT_EQ(pictures.size(), 6u) << "the chooser did not switch panels";
+}
+
+// A command's modal dialog is saved (not the taller print dialog) and closed, so the run ends.
+TEST_F(HostRuns, ACommandSavesTheModalDialogItOpens)
+{
+    const std::tuple<const char*, const char*, const char*> rows[] = {
+        {"6", "Abou", ""}, {"5", "TWmN", ""}, {"5", "TWmE", "no control in view"}, {"1", "help", "opened no dialog"}};
+    for (const auto& [panel, command, error] : rows) {
+        const std::string png = dir_ + "/" + command + ".png";
+        Outcome r = run(TALMO_PRINT, {"--panel", panel, "--command", command, "--screenshot", png});
+        EXPECT_NE(r.err.find(error), std::string::npos) << command << ": " << r.err;
+        const QImage image(QString::fromStdString(png));
+        EXPECT_EQ(r.status == 0 && !image.isNull() && image.height() < 500, !*error) << command;
+    }
 }
 
 } // namespace

@@ -109,6 +109,7 @@ TEST(PrinterPapersIppEvePrinter, EveryPaperConvertedInThePrinterOrder)
         ASSERT_EQ(RetrievePrinterStockLibrary(address), noErr) << address;
         EXPECT_EQ(PrinterStockList()->size(), 31u) << address;
     }
+    EXPECT_TRUE(PrinterMoreInfoURI("localhost:" + port) && !PrinterMoreInfoURI("localhost:1")) << "for that one only";
     pl::ArrayPtr papers = pl::makeArray();
     for (const Stock& s : *PrinterStockList())
         papers->append(s.asTicket());
@@ -142,9 +143,11 @@ TEST(PrinterPapersFetch, TheRequestAndEveryWayAFetchFails)
         for (const auto& [tag, name, value] : {std::tuple{IPP_TAG_CHARSET, "attributes-charset", "utf-8"},
                                                {IPP_TAG_LANGUAGE, "attributes-natural-language", "en"},
                                                {IPP_TAG_URI, "printer-uri", uri.c_str()},
-                                               {IPP_TAG_MIMETYPE, "document-format", "application/octet-stream"},
-                                               {IPP_TAG_KEYWORD, "requested-attributes", "media-col-database"}})
+                                               {IPP_TAG_MIMETYPE, "document-format", "application/octet-stream"}})
             ippAddString(expected.get(), IPP_TAG_OPERATION, tag, name, nullptr, value);
+        const char* const requested[] = {"media-col-database", "printer-more-info"};
+        ippAddStrings(expected.get(), IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "requested-attributes", 2, nullptr,
+                      requested);
         EXPECT_EQ(request, IppBytes(expected.get()));
     }
     const auto before = PrinterStockList();

@@ -1,5 +1,8 @@
 // The Advanced panel of the loaded bundle through its record; TPIF import and export by path.
+#include "device/device.h"
 #include "panels/advanced/advanced-dialogs.h"
+#include "paperlib/paperlib.h"
+#include "testing/loopback-servers/loopback-servers.h"
 #include "tests/plugin/loaded-bundle.h"
 
 #include <QCheckBox>
@@ -241,6 +244,33 @@ TEST_F(AdvancedPanel, ExportWritesWhatTheWriterMakesOfTheTicket)
         advanced::RunModalTPIFExportDialog(**bundle, &session_, QString::fromStdString(dir_ + "no/such/dir.tpif")),
         kTPIFExportIOErr);
     EXPECT_EQ(messages_.size(), 1);
+}
+
+// The picture links to the page a real IPP printer gives with its papers; the offline one has none.
+TEST_F(AdvancedPanel, AboutPictureLinksToThePrintersOwnPage)
+{
+    test::IppEvePrinter printer;
+    ASSERT_EQ(printer.start(kSource + "/resources/ppd/talmo-studio-press.conf"), "") << "no test printer";
+    const std::string port = std::to_string(printer.port()), uri = "ipp://localhost:" + port + "/ipp/print";
+    ASSERT_EQ(RetrievePrinterStockLibrary(uri), noErr);
+    ASSERT_TRUE(LoadInstallableOptions(PPDOpenAsCurrent(kSource + "/resources/ppd/talmo-studio-press.ppd"),
+                                       kTalmoInstalledFeatureMap));
+    for (const std::string& deviceURI : {uri, std::string("file:///dev/null")}) {
+        Printer p = DemoPrinter();
+        p.deviceURI = deviceURI;
+        session_.setPrinter(p);
+        QString shown = "no picture";
+        QTimer::singleShot(0, [&] {
+            QWidget* modal = QApplication::activeModalWidget();
+            if (QWidget* mimic = modal ? modal->findChild<QWidget*>("mimic") : nullptr)
+                shown = mimic->inherits("QAbstractButton") ? "link to " + mimic->toolTip() : "picture";
+            modal->close();
+        });
+        EXPECT_EQ(advanced::RunModalAboutDialog(**bundle, &session_), noErr);
+        EXPECT_EQ(shown.toStdString(), deviceURI == uri ? "link to https://localhost:" + port + "/" : "picture");
+    }
+    UnloadInstallableOptions();
+    PPDCloseCurrent();
 }
 
 } // namespace

@@ -16,7 +16,9 @@
 #include <QSpinBox>
 #include <QTimer>
 
+#include <algorithm>
 #include <filesystem>
+#include <fstream>
 
 #include <unistd.h>
 
@@ -166,6 +168,20 @@ TEST_F(BookletWatermarkPanel, TheChosenWatermarkReachesTheTicketAndItsFontTheFil
     std::string program;
     ASSERT_TRUE(loadFontData(kWatermarksFile, "ArialMT", program));
     EXPECT_NE(program.find("/FontType 42"), std::string::npos);
+    // Ghostscript draws the watermark with the stored subset as with the whole font file.
+    const FontFile font = findFontByPostScriptName("ArialMT").value();
+    auto draw = [this](const std::string& font) {
+        const std::string show = " findfont 40 scalefont setfont 5 15 moveto (CONFIDENTIAL) show showpage\"";
+        EXPECT_EQ(
+            std::system(("gs -q -dNOSAFER -sDEVICE=pgmraw -g420x60 -o " + home_ + "/drawn.pgm " + font + show).c_str()),
+            0);
+        std::ifstream in(home_ + "/drawn.pgm", std::ios::binary);
+        return std::string{std::istreambuf_iterator<char>(in), {}};
+    };
+    std::ofstream(home_ + "/stored.t42") << program;
+    const std::string stored = draw(home_ + "/stored.t42 -c \"/TL-ArialMT-TL");
+    EXPECT_GT(std::count_if(stored.begin(), stored.end(), [](char v) { return uint8_t(v) < 128; }), 500);
+    EXPECT_EQ(stored, draw("-c \"(" + font.path + ") (r) file .loadfont /" + font.postScriptName));
 
     // A reload checks the rows it shows; "None" then removes all three keys.
     ops_.Sync(context_, &session_, true);
@@ -263,6 +279,31 @@ TEST_F(BookletWatermarkPanel, TheEditorAddsRenamesAndDeletesWatermarks)
     EXPECT_EQ(control<QPushButton>(1)->text(), "None");
     EXPECT_FALSE(loadWatermarkData(kWatermarksFile, "SECRET", record));
     ASSERT_EQ(loadWatermarkList(kWatermarksFile), 3u);
+}
+
+// The preview's text sits an inch right of the page centre, in the well colour at a quarter.
+TEST_F(BookletWatermarkPanel, PreviewPlacesTheTextByItsOffsetAndDensity)
+{
+    _WatermarkData r;
+    r.isText = 1;
+    setWatermarkText(r.textString, "HI");
+    setWatermarkText(r.fontName, "DejaVuSans");
+    std::tie(r.fontSize, r.angle, r.density, r.xOffset) = std::tuple(144, 0, 25, 1.0f);
+    std::tie(r.wellColor, r.fontColor) = std::tuple(WatermarkColor{0, 0, 0, 1}, WatermarkColor{1, 0, 0, 1});
+    ASSERT_TRUE(saveWatermarkData(kWatermarksFile, r));
+    ASSERT_TRUE(saveWatermarkList(kWatermarksFile, {"HI"}));
+    open();
+    choose("HI");
+    const QImage page = control<QLabel>(2)->pixmap().toImage();
+    const double scale = std::min(page.width() / 612.0, page.height() / 792.0);
+    QRect ink;
+    int darkest = 255;
+    for (int y = 0; y < page.height(); ++y)
+        for (int x = 0; x < page.width(); ++x)
+            if (const int grey = qGray(page.pixel(x, y)); grey < 250)
+                ink |= QRect(x, y, 1, 1), darkest = std::min(darkest, grey);
+    EXPECT_NEAR(ink.left() + ink.width() / 2.0, page.width() / 2.0 + 72 * scale, 1.5);
+    EXPECT_EQ(darkest, 191) << "black at a quarter over white";
 }
 
 TEST(BookletWatermarkPreview, ThePageIsTheJobStocksSize)

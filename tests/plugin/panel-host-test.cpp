@@ -4,12 +4,21 @@
 #include "tests/plugin/loaded-bundle.h"
 
 #include "device/device.h"
+#include "testing/loopback-servers/loopback-servers.h"
 
 #include <QAbstractButton>
 #include <QComboBox>
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QSpinBox>
+#include <QTableView>
+#include <QTest>
 #include <QTextBrowser>
+#include <QTimer>
+#include <QToolButton>
 #include <QVBoxLayout>
 
 #include <arpa/inet.h>
@@ -217,6 +226,67 @@ TEST_F(ShellDialog, TheHelpCommandShowsTheHelpBook)
     help->close();
 }
 
+// Import by the Advanced panel's button, as a user does: every panel shows the result; the ticket
+// saved is `talmo tpif import` merged in; the panel's export of it imports back unchanged.
+TEST_F(ShellDialog, ImportThroughTheAdvancedPanelReachesEveryPanelAndTheSavedTicket)
+{
+    for (const char* key : {kJobNotesUseJobNameKey, kJobNotesSenderUseLoginNameKey, kJobNotesRecipientUseLoginNameKey,
+                            kJobNotesJobNameKey, kJobNotesSenderNameKey, kJobNotesRecipientKey}) // names typed
+        session_.printSettings().set(
+            key, strstr(key, "Use") ? pl::ValuePtr(pl::makeBool(false)) : pl::makeString("Typed"), "t");
+    start();
+    const std::string data = TALMO_SOURCE_DIR "/tests/tpif/data/tpif-", dir = ::testing::TempDir() + "import-";
+    const std::string first = data + "finishing-colour.tpif", last = data + "plain-job.tpif";
+    chooser()->setCurrentIndex(4);
+    GetControlByID<QSpinBox>(pane_, {FourCC("BWmk"), 3})->setValue(18);
+    chooser()->setCurrentIndex(5);
+    ASSERT_EQ(t().Sync(context_, &session_, false), noErr);
+    const pl::DictPtr expected = session_.printSettings().asDictionary();
+    ASSERT_EQ(std::system((TALMO_CLI " tpif import " + first + " " + last + " -o " + dir + "in.plist").c_str()), 0);
+    const auto imported = pl::as<pl::Dictionary>(pl::readPlistFile(dir + "in.plist"));
+    for (const auto& [key, value] : *imported)
+        expected->set(key, value);
+
+    QStringList messages; // a file dialog gets `names`, a message its OK, the summary its default
+    auto press = [&](int button, const std::string& names) {
+        QTimer answer;
+        QObject::connect(&answer, &QTimer::timeout, [&] {
+            QWidget* modal = QApplication::activeModalWidget();
+            if (auto* chooser = qobject_cast<QFileDialog*>(modal)) {
+                chooser->findChild<QLineEdit*>("fileNameEdit")->setText(QString::fromStdString(names));
+                static_cast<QDialog*>(chooser)->accept();
+            } else if (auto* box = qobject_cast<QMessageBox*>(modal)) {
+                messages << box->text(), box->accept();
+            } else if (modal) {
+                modal->findChild<QAbstractButton*>("default")->click();
+            }
+        });
+        answer.start(20);
+        GetControlByID<QAbstractButton>(pane_, {FourCC("Advn"), button})->click();
+    };
+    press(10, "\"" + first + "\" \"" + last + "\"");
+    const std::tuple<ControlID, const char*> shown[] = {
+        {{FourCC("TImg"), 4}, "600 x 600 dpi"},      // Image Options: resolution
+        {{FourCC("JNot"), 1}, "Annual report 2026"}, // Job Notes: job name
+        {{FourCC("BWmk"), 3}, "18 pt"},              // Booklet and Watermark: the gutter, not in the files
+        {{FourCC("Advn"), 2}, "On"},                 // Advanced: rotation
+    };
+    for (const auto& [id, text] : shown) {
+        auto* combo = GetControlByID<QComboBox>(pane_, id);
+        EXPECT_EQ((combo ? combo->currentText() : GetControlByID<QSpinBox>(pane_, id)->text()).toStdString(), text);
+    }
+    ASSERT_EQ(t().Sync(context_, &session_, false), noErr);
+    const pl::DictPtr saved = session_.printSettings().asDictionary();
+    EXPECT_TRUE(pl::equal(saved, expected)) << pl::writePlist(saved) << pl::writePlist(expected);
+
+    std::filesystem::remove(dir + "exported.tpif"); // else the save dialog asks to replace it
+    press(11, dir + "exported.tpif");
+    press(10, "\"" + dir + "exported.tpif\"");
+    ASSERT_EQ(t().Sync(context_, &session_, false), noErr);
+    EXPECT_TRUE(pl::equal(session_.printSettings().asDictionary(), saved)) << "changed by its own export";
+    EXPECT_TRUE(messages.isEmpty()) << messages.join("; ").toStdString();
+}
+
 TEST_F(LoadedBundle, StatusesForMissingContextsAndSessions)
 {
     PlugInIntf* intf = nullptr;
@@ -286,6 +356,53 @@ TEST_F(ShellDialog, OnlyANetworkPrinterStartsThePaperListFetch)
     }
     open_ = false;
     ::close(listener);
+}
+
+// The library opened from the Paper/Output panel shows the papers of the host's own fetch as it
+// opens, and a refresh goes through the host's thread and comes back while it is open. A dialog
+// that opens before the host's fetch has answered is closed at once, so its own question is
+// never answered: only the host's list event can fill the table of a dialog as it opens.
+TEST_F(ShellDialog, TheLibraryTakesThePrinterPapersFromTheHostsThread)
+{
+    const std::string home = ::testing::TempDir() + "host-library-" + std::to_string(::getpid());
+    std::filesystem::remove_all(home);
+    for (const char* v : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_DATA_DIRS"})
+        ::setenv(v, (home + "/" + v).c_str(), 1);
+    test::IppEvePrinter printer;
+    ASSERT_EQ(printer.start(TALMO_SOURCE_DIR "/tests/paperlib/data/papers-30.conf"), "") << "no test printer";
+    start("ipp://" + printer.address() + "/ipp/print");
+    QAction* library = nullptr;
+    for (QAction* action : GetControlByID(pane_, {FourCC("TSgb"), 1})->findChildren<QAction*>())
+        if (action->property("stockCommand").toUInt() == FourCC("Slib"))
+            library = action;
+    ASSERT_TRUE(library);
+    bool opened = false, fromHost = false;
+    for (int tries = 0; tries < 100 && !fromHost; ++tries) {
+        QTimer::singleShot(0, [&] {
+            auto* d = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+            QComboBox* list = d ? GetControlByID<QComboBox>(d, {FourCC("NPap"), 1}) : nullptr;
+            if (!(opened = list != nullptr))
+                return;
+            auto* refresh = GetControlByID<QToolButton>(d, {FourCC("NPap"), 2});
+            auto* message = GetControlByID<QWidget>(d, {FourCC("NPap"), 3});
+            auto* rows = GetControlByID<QTableView>(d, {FourCC("NPap"), 4})->model();
+            list->setCurrentIndex(1);
+            emit list->activated(1);
+            fromHost = rows->rowCount() == 32 && message->isHidden(); // the 31 papers and the default
+            if (fromHost) {
+                refresh->click();
+                EXPECT_FALSE(refresh->isEnabled()) << "no fetch started";
+                EXPECT_TRUE(QTest::qWaitFor(
+                    [&] { return refresh->isEnabled() && message->isHidden() && rows->rowCount() == 32; }, 20000));
+            }
+            d->reject();
+        });
+        library->trigger();
+        ASSERT_TRUE(opened);
+        QTest::qWait(100); // the pump serves the host's fetch
+    }
+    EXPECT_TRUE(fromHost) << "the table never held the host's papers as it opened";
+    std::filesystem::remove_all(home);
 }
 
 // Linked in rather than loaded, where the printer data is visible to the test.
