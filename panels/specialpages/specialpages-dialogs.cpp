@@ -386,8 +386,12 @@ void readExceptions(ExceptionsDialog& d)
 {
     ExceptionPage& w = d.input.working;
     for (int i = 0; i < 4; ++i)
-        if (const int32_t value = GetPopupButtonTicketValue(popupAt(d, i)); value != d.shown[i])
-            (w.*kPopupSetters[i])(value);
+        if (const int32_t value = GetPopupButtonTicketValue(popupAt(d, i)); value != d.shown[i]) {
+            // Called through a copy: GCC's bounds check misreads a member function pointer
+            // taken straight from the array as an index far out of range.
+            const ExceptionSetter set = kPopupSetters[i];
+            (w.*set)(value);
+        }
     d.input.pageText = d.pages->text().toStdString();
     const HistoryComboBox::Value trc = d.trc->value();
     const QString* name = std::get_if<QString>(&trc);
