@@ -8,6 +8,7 @@
 #include <QActionGroup>
 #include <QMenu>
 #include <QPointer>
+#include <QStyle>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -353,6 +354,9 @@ void StockPopup::showStock()
     else
         name = LocalizedText(bundle_, "UseJobSetting");
     button_->setText(name);
+    // An instant pop-up's arrow is drawn over the text's end; keep room for it beside the text.
+    button_->setMinimumWidth(button_->fontMetrics().horizontalAdvance(name) +
+                             2 * button_->style()->pixelMetric(QStyle::PM_MenuButtonIndicator, nullptr, button_) + 16);
     button_->setToolTip(customName.empty() ? QString() : QString::fromStdString(customName));
 
     const StockTextSource texts = MakeStockTextSource(bundle_);
