@@ -82,7 +82,7 @@ std::unique_ptr<QDialog> loadDialog(const Bundle& bundle, const char* window, QW
     return std::unique_ptr<QDialog>(static_cast<QDialog*>(made.release()));
 }
 
-struct EntrySpec {
+struct EntryFields {
     const char* titleKey = nullptr;
     const char* textLabelKey = nullptr; // no text row without it
     QString text;
@@ -99,7 +99,7 @@ struct EntryResult {
     int32_t number = 0;
 };
 
-std::optional<EntryResult> runEntry(const Bundle& bundle, const EntrySpec& spec, QWidget* parent)
+std::optional<EntryResult> runEntry(const Bundle& bundle, const EntryFields& fields, QWidget* parent)
 {
     std::unique_ptr<QDialog> dialog = loadDialog(bundle, "Entry", parent);
     if (!dialog)
@@ -116,44 +116,44 @@ std::optional<EntryResult> runEntry(const Bundle& bundle, const EntrySpec& spec,
         std::fprintf(stderr, "Stock dialogs: the Entry window lacks a control\n");
         return std::nullopt;
     }
-    SetLocalizedWindowTitle(bundle, spec.titleKey, w);
+    SetLocalizedWindowTitle(bundle, fields.titleKey, w);
     message->hide();
-    form->setRowVisible(textField, spec.textLabelKey != nullptr);
-    form->setRowVisible(numberRow, spec.numberLabelKey != nullptr);
-    if (spec.textLabelKey) {
-        SetLocalizedStaticText(bundle, spec.textLabelKey, control<QLabel>(w, kTextLabelID));
-        textField->setText(spec.text);
+    form->setRowVisible(textField, fields.textLabelKey != nullptr);
+    form->setRowVisible(numberRow, fields.numberLabelKey != nullptr);
+    if (fields.textLabelKey) {
+        SetLocalizedStaticText(bundle, fields.textLabelKey, control<QLabel>(w, kTextLabelID));
+        textField->setText(fields.text);
     }
-    if (spec.numberLabelKey) {
-        SetLocalizedStaticText(bundle, spec.numberLabelKey, control<QLabel>(w, kNumberLabelID));
+    if (fields.numberLabelKey) {
+        SetLocalizedStaticText(bundle, fields.numberLabelKey, control<QLabel>(w, kNumberLabelID));
         SetLocalizedStaticText(bundle, "CustomValue Range", control<QLabel>(w, kNumberRangeID),
-                               {spec.minimum, spec.maximum});
-        LimitInputLengthAndCharacters(numberField, spec.minimum, spec.maximum, "0123456789");
-        if (spec.number && *spec.number >= spec.minimum && *spec.number <= spec.maximum)
-            numberField->setText(QString::number(*spec.number));
+                               {fields.minimum, fields.maximum});
+        LimitInputLengthAndCharacters(numberField, fields.minimum, fields.maximum, "0123456789");
+        if (fields.number && *fields.number >= fields.minimum && *fields.number <= fields.maximum)
+            numberField->setText(QString::number(*fields.number));
     }
-    (spec.textLabelKey ? textField : numberField)->setFocus();
+    (fields.textLabelKey ? textField : numberField)->setFocus();
     QObject::connect(textField, &QLineEdit::textChanged, w, [=] { clearMark(textField, message); });
     QObject::connect(numberField, &QLineEdit::textChanged, w, [=] { clearMark(numberField, message); });
 
     EntryResult result;
     QObject::connect(cancel, &QPushButton::clicked, w, &QDialog::reject);
     QObject::connect(ok, &QPushButton::clicked, w, [&] {
-        if (spec.textLabelKey) {
+        if (fields.textLabelKey) {
             const QString text = textField->text().trimmed();
-            if (spec.textRequired && text.isEmpty())
+            if (fields.textRequired && text.isEmpty())
                 return markField(textField, message, LocalizedText(bundle, "StockDialog Name Required"));
-            if (text.size() > spec.textLimit)
-                return markField(textField, message, LocalizedText(bundle, "StockDialog Too Long", {spec.textLimit}));
+            if (text.size() > fields.textLimit)
+                return markField(textField, message, LocalizedText(bundle, "StockDialog Too Long", {fields.textLimit}));
             result.text = text.toStdString();
         }
-        if (spec.numberLabelKey) {
+        if (fields.numberLabelKey) {
             bool isNumber = false;
             const int value = numberField->text().toInt(&isNumber);
-            if (!isNumber || value < spec.minimum || value > spec.maximum)
+            if (!isNumber || value < fields.minimum || value > fields.maximum)
                 return markField(numberField, message,
                                  LocalizedText(bundle, "StockDialog Out Of Range",
-                                               {QString::number(spec.minimum), QString::number(spec.maximum)}));
+                                               {QString::number(fields.minimum), QString::number(fields.maximum)}));
             result.number = value;
         }
         w->accept();
@@ -427,78 +427,78 @@ std::optional<StockDimensions> RunModalCustomStockSizeDialog(const Bundle& bundl
 
 std::optional<std::string> RunModalCustomStockColorDialog(const Bundle& bundle, const Stock& stock, QWidget* parent)
 {
-    EntrySpec spec;
-    spec.titleKey = "StockDialog Custom Color Title";
-    spec.textLabelKey = "StockDialog Color Name:";
-    spec.text = QString::fromStdString(stock.customColor().value_or(""));
-    spec.textLimit = kStockNameLimit;
-    auto result = runEntry(bundle, spec, parent);
+    EntryFields fields;
+    fields.titleKey = "StockDialog Custom Color Title";
+    fields.textLabelKey = "StockDialog Color Name:";
+    fields.text = QString::fromStdString(stock.customColor().value_or(""));
+    fields.textLimit = kStockNameLimit;
+    auto result = runEntry(bundle, fields, parent);
     return result ? std::optional(result->text) : std::nullopt;
 }
 
 std::optional<std::string> RunModalCustomStockTypeDialog(const Bundle& bundle, const Stock& stock, QWidget* parent)
 {
-    EntrySpec spec;
-    spec.titleKey = "StockDialog Custom Type Title";
-    spec.textLabelKey = "StockDialog Type Name:";
+    EntryFields fields;
+    fields.titleKey = "StockDialog Custom Type Title";
+    fields.textLabelKey = "StockDialog Type Name:";
     if (stock.type() == kStockTypeCustom)
-        spec.text = QString::fromStdString(stock.customType().value_or(""));
-    spec.textLimit = kStockNameLimit;
-    auto result = runEntry(bundle, spec, parent);
+        fields.text = QString::fromStdString(stock.customType().value_or(""));
+    fields.textLimit = kStockNameLimit;
+    auto result = runEntry(bundle, fields, parent);
     return result ? std::optional(result->text) : std::nullopt;
 }
 
 std::optional<OrderedStockChoice> RunModalOrderedStockDialog(const Bundle& bundle, const Stock& stock, QWidget* parent)
 {
-    EntrySpec spec;
-    spec.titleKey = "StockDialog Ordered Title";
-    spec.textLabelKey = "StockDialog Ordered Name:";
+    EntryFields fields;
+    fields.titleKey = "StockDialog Ordered Title";
+    fields.textLabelKey = "StockDialog Ordered Name:";
     if (stock.type() == kStockTypeOrdered) {
-        spec.text = QString::fromStdString(stock.customType().value_or(""));
-        spec.number = positive(stock.modulus());
+        fields.text = QString::fromStdString(stock.customType().value_or(""));
+        fields.number = positive(stock.modulus());
     }
-    spec.textLimit = kStockNameLimit;
-    spec.numberLabelKey = "StockDialog Ordered Count:";
-    spec.minimum = kStockCountMinimum;
-    spec.maximum = kStockCountMaximum;
-    auto result = runEntry(bundle, spec, parent);
+    fields.textLimit = kStockNameLimit;
+    fields.numberLabelKey = "StockDialog Ordered Count:";
+    fields.minimum = kStockCountMinimum;
+    fields.maximum = kStockCountMaximum;
+    auto result = runEntry(bundle, fields, parent);
     return result ? std::optional(OrderedStockChoice{result->text, result->number}) : std::nullopt;
 }
 
 std::optional<int32_t> RunModalPrecutTabDialog(const Bundle& bundle, const Stock& stock, QWidget* parent)
 {
-    EntrySpec spec;
-    spec.titleKey = "StockDialog Precut Tab Title";
-    spec.numberLabelKey = "StockDialog Tab Count:";
-    spec.minimum = kStockCountMinimum;
-    spec.maximum = kStockCountMaximum;
+    EntryFields fields;
+    fields.titleKey = "StockDialog Precut Tab Title";
+    fields.numberLabelKey = "StockDialog Tab Count:";
+    fields.minimum = kStockCountMinimum;
+    fields.maximum = kStockCountMaximum;
     if (stock.type() == kStockTypePrecutTab)
-        spec.number = positive(stock.modulus());
-    auto result = runEntry(bundle, spec, parent);
+        fields.number = positive(stock.modulus());
+    auto result = runEntry(bundle, fields, parent);
     return result ? std::optional(result->number) : std::nullopt;
 }
 
 std::optional<int32_t> RunModalCustomWeightDialog(const Bundle& bundle, const Stock& stock, QWidget* parent)
 {
-    EntrySpec spec;
-    spec.titleKey = "StockDialog Custom Weight Title";
-    spec.numberLabelKey = "StockDialog Weight:";
-    spec.minimum = kStockWeightMinimum;
-    spec.maximum = kStockWeightMaximum;
-    spec.number = positive(stock.weight());
-    auto result = runEntry(bundle, spec, parent);
+    EntryFields fields;
+    fields.titleKey = "StockDialog Custom Weight Title";
+    fields.numberLabelKey = "StockDialog Weight:";
+    fields.minimum = kStockWeightMinimum;
+    fields.maximum = kStockWeightMaximum;
+    fields.number = positive(stock.weight());
+    auto result = runEntry(bundle, fields, parent);
     return result ? std::optional(result->number) : std::nullopt;
 }
 
 std::optional<std::string> RunModalStockDescriptionDialog(const Bundle& bundle, const Stock& stock, QWidget* parent)
 {
-    EntrySpec spec;
-    spec.titleKey = "StockDialog Description Title";
-    spec.textLabelKey = "StockDialog Description:";
-    spec.text = QString::fromStdString(stock.description().value_or(""));
-    spec.textLimit = kStockDescriptionLimit;
-    spec.textRequired = false;
-    auto result = runEntry(bundle, spec, parent);
+    EntryFields fields;
+    fields.titleKey = "StockDialog Description Title";
+    fields.textLabelKey = "StockDialog Description:";
+    fields.text = QString::fromStdString(stock.description().value_or(""));
+    fields.textLimit = kStockDescriptionLimit;
+    fields.textRequired = false;
+    auto result = runEntry(bundle, fields, parent);
     return result ? std::optional(result->text) : std::nullopt;
 }
 

@@ -32,7 +32,7 @@ struct Choice {
 };
 
 // What one single-choice dialog offers and edits.
-struct ChoiceDialogSpec {
+struct ChoiceDialogContent {
     const char* title;
     const char* prompt;
     std::vector<Choice> choices;
@@ -42,7 +42,7 @@ struct ChoiceDialogSpec {
 
 int32_t holesOf(uint32_t command) { return command == kCmdHolePunch2 ? 3 : command == kCmdHolePunch3 ? 4 : 5; }
 
-ChoiceDialogSpec specFor(uint32_t command)
+ChoiceDialogContent contentFor(uint32_t command)
 {
     switch (command) {
     case kCmdOneStaple:
@@ -177,7 +177,7 @@ std::unique_ptr<QDialog> loadDialog(const Bundle& bundle, const char* window, QW
 OSStatus runChoiceDialog(const Bundle& bundle, uint32_t command, PaperOutputSettings& settings, bool* accepted,
                          QWidget* parent)
 {
-    const ChoiceDialogSpec spec = specFor(command);
+    const ChoiceDialogContent content = contentFor(command);
     std::unique_ptr<QDialog> dialog = loadDialog(bundle, "Finishing", parent);
     if (!dialog)
         return kPMNoContext;
@@ -194,24 +194,24 @@ OSStatus runChoiceDialog(const Bundle& bundle, uint32_t command, PaperOutputSett
         !qobject_cast<QVBoxLayout*>(choices->layout()))
         return kPMNoContext;
     LocalizeDescription(bundle, w);
-    SetLocalizedWindowTitle(bundle, spec.title, w);
-    SetLocalizedStaticText(bundle, spec.prompt, prompt);
+    SetLocalizedWindowTitle(bundle, content.title, w);
+    SetLocalizedStaticText(bundle, content.prompt, prompt);
 
     auto* group = new QButtonGroup(w);
     const int32_t current = currentValue(command, settings);
-    for (const Choice& c : spec.choices) {
+    for (const Choice& c : content.choices) {
         auto* radio = new QRadioButton(LocalizedText(bundle, c.key), choices);
         choices->layout()->addWidget(radio);
         group->addButton(radio, c.value);
         radio->setChecked(c.value == current);
     }
-    if (!spec.choices.empty() && !group->checkedButton())
+    if (!content.choices.empty() && !group->checkedButton())
         group->buttons().front()->setChecked(true);
-    choices->setVisible(!spec.choices.empty());
+    choices->setVisible(!content.choices.empty());
 
-    sideLabel->setVisible(spec.side);
-    side->setVisible(spec.side);
-    if (spec.side) {
+    sideLabel->setVisible(content.side);
+    side->setVisible(content.side);
+    if (content.side) {
         SetLocalizedStaticText(bundle, "POFoldSideLabel", sideLabel);
         PopulatePopupButtonFromMap(bundle, side, _ComplexFoldMap, kJobContextJob, 0);
         SetPopupButtonToTicketValue(side,
@@ -221,13 +221,13 @@ OSStatus runChoiceDialog(const Bundle& bundle, uint32_t command, PaperOutputSett
         QObject::connect(group, &QButtonGroup::idToggled, w, sideApplies);
         sideApplies();
     }
-    textLabel->setVisible(spec.text);
-    text->setVisible(spec.text);
-    if (spec.text)
+    textLabel->setVisible(content.text);
+    text->setVisible(content.text);
+    if (content.text)
         text->setText(QString::fromStdString(settings.custom.value_or("")));
 
     // Keyboard focus starts on the choice itself, not on the first button.
-    if (spec.text)
+    if (content.text)
         text->setFocus();
     else if (group->checkedButton())
         group->checkedButton()->setFocus();
@@ -235,7 +235,7 @@ OSStatus runChoiceDialog(const Bundle& bundle, uint32_t command, PaperOutputSett
     QObject::connect(cancel, &QPushButton::clicked, w, &QDialog::reject);
     if (w->exec() != QDialog::Accepted)
         return noErr;
-    apply(command, group->checkedId(), spec.side ? GetPopupButtonTicketValue(side) : 1, text->text().toStdString(),
+    apply(command, group->checkedId(), content.side ? GetPopupButtonTicketValue(side) : 1, text->text().toStdString(),
           settings);
     if (accepted)
         *accepted = true;
@@ -294,7 +294,7 @@ struct PairingGroup {
 
 bool FinishingCommandHasDialog(uint32_t command)
 {
-    return command == kCmdMultiple || specFor(command).title != nullptr;
+    return command == kCmdMultiple || contentFor(command).title != nullptr;
 }
 
 OSStatus RunModalFinishingDialog(const Bundle& bundle, uint32_t command, PaperOutputSettings& settings, bool* accepted,
@@ -302,7 +302,7 @@ OSStatus RunModalFinishingDialog(const Bundle& bundle, uint32_t command, PaperOu
 {
     if (command == kCmdMultiple)
         return RunModalMultipleFinishingDialog(bundle, settings, accepted, parent);
-    if (!specFor(command).title)
+    if (!contentFor(command).title)
         return paramErr;
     return runChoiceDialog(bundle, command, settings, accepted, parent);
 }
