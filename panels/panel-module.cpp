@@ -115,6 +115,15 @@ OSStatus PanelTerminate(PMPDEContext context)
     return noErr;
 }
 
+OSStatus PanelSyncTicket(PMPDEContext context, PMPrintSession session, bool reinitializePlugIn, Ticket** ticket)
+{
+    *ticket = nullptr;
+    if (!context || !session)
+        return kPMNoSession;
+    TracePanelCall(context, "Sync", reinitializePlugIn);
+    return GetTicketFromSession(session, kPMPrintSettingsTicket, ticket);
+}
+
 OSStatus PanelOpen(PMPDEContext context)
 {
     TracePanelCall(context, "Open");

@@ -47,6 +47,11 @@ OSStatus PanelClose(PMPDEContext context);
 void MakeSummaryArrays(pl::ArrayPtr* titleArray, pl::ArrayPtr* summaryArray);
 void AppendSummaryLine(pl::ArrayPtr* titleArray, pl::ArrayPtr* summaryArray, std::string title, std::string text);
 
+// The start of a panel's Sync: the trace, then the session's print settings ticket. kPMNoSession
+// without a context or session, the session's error, or noErr with *ticket null when there is
+// nothing to read or write.
+OSStatus PanelSyncTicket(PMPDEContext context, PMPrintSession session, bool reinitializePlugIn, Ticket** ticket);
+
 // With TALMO_PANEL_TRACE naming a file, each panel operation appends "<panel> <operation>" to
 // it (with the direction for Sync): the order of the host's fan-out, for tests.
 void TracePanelCall(PMPDEContext context, const char* operation, int direction = -1);

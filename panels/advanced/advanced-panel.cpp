@@ -186,11 +186,8 @@ OSStatus Initialize(PMPDEContext context, PMPDEFlags*, PMPDERef, ControlRef pane
 OSStatus Sync(PMPDEContext context, PMPrintSession session, bool reinitializePlugIn)
 {
     AdvancedContext* c = asContext(context);
-    if (!c || !session)
-        return kPMNoSession;
-    panels::TracePanelCall(context, "Sync", reinitializePlugIn);
     Ticket* ticket = nullptr;
-    if (const OSStatus status = GetTicketFromSession(session, kPMPrintSettingsTicket, &ticket); status != noErr)
+    if (const OSStatus status = panels::PanelSyncTicket(context, session, reinitializePlugIn, &ticket); status != noErr)
         return status;
     if (!ticket)
         return noErr; // nothing to read or write

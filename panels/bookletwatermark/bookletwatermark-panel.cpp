@@ -248,14 +248,11 @@ OSStatus Initialize(PMPDEContext context, PMPDEFlags*, PMPDERef, ControlRef pane
 OSStatus Sync(PMPDEContext context, PMPrintSession session, bool reinitializePlugIn)
 {
     BookletWatermarkContext* c = asContext(context);
-    if (!c || !session)
-        return kPMNoSession;
-    panels::TracePanelCall(context, "Sync", reinitializePlugIn);
     Ticket* ticket = nullptr;
-    if (const OSStatus status = GetTicketFromSession(session, kPMPrintSettingsTicket, &ticket); status != noErr)
+    if (const OSStatus status = panels::PanelSyncTicket(context, session, reinitializePlugIn, &ticket); status != noErr)
         return status;
     if (!ticket)
-        return noErr;
+        return noErr; // nothing to read or write
     if (reinitializePlugIn) {
         c->settings = ReadBookletWatermarkSettings(ticket);
         c->paper = PreviewPaperSize(ticket);
