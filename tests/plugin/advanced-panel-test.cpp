@@ -43,15 +43,8 @@ class AdvancedPanel : public LoadedBundle {
 protected:
     void SetUp() override
     {
-        auto* instance = newInstance(); // the factory finds the bundle's resources
-        ASSERT_TRUE(instance);
-        instance->vtablePtr->Release(instance);
-        auto entry = reinterpret_cast<PanelInterfaceEntryPoint>(dlsym(handle, "GetAdvancedPanelInterface"));
-        ASSERT_TRUE(entry);
-        PlugInIntf* intf = nullptr;
-        ASSERT_EQ(entry(&intf), noErr);
-        ops_ = *intf->vtable;
-        FreePanelInterface(intf);
+        ops_ = panelOperations("GetAdvancedPanelInterface");
+        ASSERT_TRUE(ops_.Prologue);
         ASSERT_EQ(ops_.Prologue(&context_, nullptr, nullptr, nullptr, nullptr, nullptr), noErr);
         ASSERT_EQ(ops_.Initialize(context_, nullptr, nullptr, pane_.get(), &session_), noErr);
         std::filesystem::create_directories(dir_);

@@ -37,15 +37,8 @@ protected:
         for (const char* v : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME"})
             ::setenv(v, (home_ + "/" + v).c_str(), 1);
         ::setenv("XDG_DATA_DIRS", (home_ + "/none").c_str(), 1);
-        auto* instance = newInstance(); // the factory finds the bundle's resources
-        ASSERT_TRUE(instance);
-        instance->vtablePtr->Release(instance);
-        auto entry = reinterpret_cast<PanelInterfaceEntryPoint>(dlsym(handle, "GetBookletWatermarkPanelInterface"));
-        ASSERT_TRUE(entry);
-        PlugInIntf* intf = nullptr;
-        ASSERT_EQ(entry(&intf), noErr);
-        ops_ = *intf->vtable;
-        FreePanelInterface(intf);
+        ops_ = panelOperations("GetBookletWatermarkPanelInterface");
+        ASSERT_TRUE(ops_.Prologue);
     }
     void TearDown() override
     {

@@ -26,15 +26,8 @@ protected:
         home_ = ::testing::TempDir() + "imageoptions-home-" + std::to_string(::getpid()); // tests run side by side
         std::filesystem::remove_all(home_);
         ::setenv("XDG_CONFIG_HOME", home_.c_str(), 1);
-        auto* instance = newInstance(); // the factory finds the bundle's resources
-        ASSERT_TRUE(instance);
-        instance->vtablePtr->Release(instance);
-        auto entry = reinterpret_cast<PanelInterfaceEntryPoint>(dlsym(handle, "GetImageOptionsPanelInterface"));
-        ASSERT_TRUE(entry);
-        PlugInIntf* intf = nullptr;
-        ASSERT_EQ(entry(&intf), noErr);
-        ops_ = *intf->vtable;
-        FreePanelInterface(intf);
+        ops_ = panelOperations("GetImageOptionsPanelInterface");
+        ASSERT_TRUE(ops_.Prologue);
         open();
     }
     void TearDown() override { close(); }

@@ -89,6 +89,24 @@ protected:
         return i;
     }
 
+    // The ten operations a panel module's entry point hands out, copied as the host copies them;
+    // all null (after a reported failure) when the bundle has no such panel.
+    PlugInIntfVTable panelOperations(const char* entryPoint)
+    {
+        if (auto* instance = newInstance()) // the factory finds the bundle's resources
+            instance->vtablePtr->Release(instance);
+        PlugInIntfVTable ops{};
+        PlugInIntf* intf = nullptr;
+        auto entry = reinterpret_cast<PanelInterfaceEntryPoint>(dlsym(handle, entryPoint));
+        if (!entry || entry(&intf) != noErr || !intf) {
+            ADD_FAILURE() << "no panel interface from " << entryPoint;
+            return ops;
+        }
+        ops = *intf->vtable;
+        FreePanelInterface(intf);
+        return ops;
+    }
+
     static inline std::optional<Bundle>* bundle = nullptr;
     static inline void* handle = nullptr;
     static inline Factory factory = nullptr;

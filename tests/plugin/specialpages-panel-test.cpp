@@ -26,14 +26,8 @@ protected:
     void SetUp() override
     {
         ::setenv("XDG_CONFIG_HOME", (::testing::TempDir() + "specialpages-home").c_str(), 1);
-        if (auto* instance = newInstance())
-            instance->vtablePtr->Release(instance);
-        auto entry = reinterpret_cast<PanelInterfaceEntryPoint>(dlsym(handle, "GetSpecialPagesPanelInterface"));
-        ASSERT_TRUE(entry);
-        PlugInIntf* intf = nullptr;
-        ASSERT_EQ(entry(&intf), noErr);
-        ops_ = *intf->vtable;
-        FreePanelInterface(intf);
+        ops_ = panelOperations("GetSpecialPagesPanelInterface");
+        ASSERT_TRUE(ops_.Prologue);
         ASSERT_EQ(ops_.Prologue(&context_, nullptr, nullptr, nullptr, nullptr, nullptr), noErr);
         pane_ = std::make_unique<QWidget>();
         ASSERT_EQ(ops_.Initialize(context_, nullptr, nullptr, pane_.get(), &session_), noErr);
