@@ -77,6 +77,29 @@ void StockLibraryOrderList::read()
 
 bool StockLibraryOrderList::write() const { return writeLibraryKey(kStockLibraryStockMenuListKey, stockOrderList_); }
 
+RecentNamedPapers ReadRecentNamedPapers()
+{
+    RecentNamedPapers recent;
+    const pl::DictPtr file = readLibraryFile();
+    const pl::ArrayPtr order = file ? file->getArray(kStockLibraryStockMenuListKey) : nullptr;
+    const pl::DictPtr list = file ? file->getDict(kStockLibraryStockListKey) : nullptr;
+    if (!order)
+        return recent;
+    size_t taken = 0; // the order list holds the first kStockOrderListLimit uuids of the file
+    for (const pl::ValuePtr& v : *order) {
+        auto uuid = pl::as<pl::String>(v);
+        if (!uuid)
+            continue;
+        if (taken++ == kStockOrderListLimit)
+            break;
+        if (pl::DictPtr entry = list ? list->getDict(uuid->text) : nullptr)
+            recent.entries.emplace_back(uuid->text, std::move(entry));
+        else
+            recent.gone.push_back(uuid->text);
+    }
+    return recent;
+}
+
 std::vector<StockColumnWidth> StoredColumnWidths()
 {
     std::vector<StockColumnWidth> out;

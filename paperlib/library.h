@@ -178,6 +178,15 @@ public:
     virtual void revealRow(const std::string& uuid) = 0;
 };
 
+// The paper menus' recent named papers, newest first and at most kStockOrderListLimit, read
+// once and nothing written back (building a menu must not rewrite the file): each order-list
+// uuid with its entry, and the uuids whose entry has left the list.
+struct RecentNamedPapers {
+    std::vector<std::pair<std::string, pl::DictPtr>> entries;
+    std::vector<std::string> gone;
+};
+RecentNamedPapers ReadRecentNamedPapers();
+
 // The stored widths (with the shipped defaults file as fallback when the user file does not
 // exist); entries that are not a four-byte id with a 16-bit width are skipped.
 std::vector<StockColumnWidth> StoredColumnWidths();

@@ -207,34 +207,25 @@ void StockPopup::buildMenu()
             delete child; // a submenu or mark group of the previous build
     // Recent named papers, newest first. An entry that left the library leaves the order too.
     {
-        StockLibraryOrderList order;
-        StockLibraryList library;
-        std::vector<std::string> gone;
-        size_t shown = 0;
-        auto* recent = exclusiveGroup(menu_);
-        for (const pl::ValuePtr& value : *order.stockOrderList()) {
-            auto uuid = pl::as<pl::String>(value);
-            if (!uuid || shown == kStockOrderListLimit)
-                continue;
-            pl::DictPtr entryDict = library.stockList()->getDict(uuid->text);
-            if (!entryDict) {
-                gone.push_back(uuid->text);
-                continue;
-            }
+        const RecentNamedPapers recent = ReadRecentNamedPapers();
+        auto* group = exclusiveGroup(menu_);
+        for (const auto& [uuid, entryDict] : recent.entries) {
             const StockLibrary entry(entryDict);
             const std::string& name = !entry.name().empty() ? entry.name() : entry.stock().customName().value_or("");
-            QAction* action = menu_->addAction(elided(name.empty() ? uuid->text : name));
-            action->setProperty(kEntryProperty, QString::fromStdString(uuid->text));
+            QAction* action = menu_->addAction(elided(name.empty() ? uuid : name));
+            action->setProperty(kEntryProperty, QString::fromStdString(uuid));
             action->setCheckable(true);
-            recent->addAction(action);
+            group->addAction(action);
             action->setChecked(entry.stock() == stock_);
             connect(action, &QAction::triggered, this,
                     [this, id = action->property(kEntryProperty).toString()] { chooseRecent(id); });
-            ++shown;
         }
-        for (const std::string& uuid : gone)
-            order.remove(uuid);
-        if (shown)
+        if (!recent.gone.empty()) {
+            StockLibraryOrderList order;
+            for (const std::string& uuid : recent.gone)
+                order.remove(uuid);
+        }
+        if (!recent.entries.empty())
             menu_->addSeparator();
     }
     QAction* library = addCommand(menu_, LocalizedText(bundle_, "StockPopup Named Paper..."), kStockCommandLibrary, 0);
